@@ -1,0 +1,34 @@
+#pragma once
+#include "results/FoundFile.h"
+
+#include <QList>
+#include <QString>
+
+// A folder of the result tree. Folders are made while a found file's path is
+// walked; they are appended to and never shrunk while a scan runs.
+struct FolderNode {
+    ~FolderNode(); // frees the files and the folders below
+
+    QList<FolderNode*> children;
+    FolderNode* parent = nullptr;
+    QString name;
+    QList<FoundFile*> files;
+    bool expanded = false;
+    bool ntfs = true;   // files are NtfsFile (true) or Fat32File (false)
+    int checkState = 2; // Qt::CheckState: 0 unchecked, 1 partly, 2 checked
+    int partIndex = 0;
+
+    // The child of exactly that name (case-sensitive), or null. Called on the
+    // scan thread, which is the only writer, or under the read lock.
+    FolderNode* findChild(const QString& childName) const;
+
+    // Appends a new child under the tree's write lock.
+    FolderNode* addChild(const QString& childName, int childPartIndex, bool childNtfs);
+    // findChild, else addChild.
+    FolderNode* obtainChild(const QString& childName, int childPartIndex, bool childNtfs);
+    // Appends a finished record under the tree's write lock; the folder owns it.
+    void addFile(FoundFile* file);
+
+    // Entries directly below: folders plus files.
+    int directCount() const { return int(children.size() + files.size()); }
+};

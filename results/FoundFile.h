@@ -1,0 +1,12 @@
+#pragma once
+#include <QString>
+#include <QtGlobal>
+
+// What every found file has, whichever file system it came from. The tree's
+// readers (lists, sums, restore) need no more than this.
+struct FoundFile {
+    virtual ~FoundFile() = default;
+    QString name;                // without path; generated for carved files
+    quint64 modifiedMsecs = 0;   // ms since 1970-01-01 UTC; 0 when unknown
+    quint64 size = 0;            // bytes
+};

@@ -1,0 +1,7 @@
+#include "results/ResultTreeLock.h"
+
+QReadWriteLock& ResultTreeLock::lock()
+{
+    static QReadWriteLock instance;
+    return instance;
+}

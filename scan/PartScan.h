@@ -1,0 +1,75 @@
+#pragma once
+#include "scan/device/DeviceHandle.h"
+
+#include <QMutex>
+#include <QString>
+#include <QThread>
+#include <QWaitCondition>
+
+struct FolderNode;
+struct FoundFile;
+
+// Base of every thread that reads a volume or a disk: holds the device, the
+// options of a scan, the pause-and-stop state and the signals a scan reports
+// through. One object serves two runs: the scan, and later the restore (a run
+// with restoreDir set).
+class PartScan : public QThread {
+    Q_OBJECT
+public:
+    enum RunState { Running = 0, Paused = 1, Stopped = 2 };
+
+    // A one-character name is a drive letter and opens that volume at once.
+    explicit PartScan(const QString& deviceName, QObject* parent = nullptr);
+    // Works on a handle that a disk search opened, at a byte offset on it.
+    PartScan(const QString& deviceName, DeviceHandle handle, quint64 partOffset, QObject* parent = nullptr);
+    ~PartScan() override;
+
+    // With a null buffer: the size the buffer must have. Otherwise fills it with
+    // the file's content and returns the file's size.
+    virtual quint64 fileContent(char* buffer, FoundFile* record);
+    virtual void undelete(QString targetDir);
+    virtual void setRunning(bool running);
+    virtual void stop();
+    virtual void parseBootSector();
+
+    void openVolume();
+    // MBR partition type of the open volume, 0 when unknown.
+    int getPartType();
+    // At an absolute byte position of the device (partOffset not added).
+    // Returns bytes read, possibly short, or -1.
+    qint64 read(void* buffer, quint64 bytes, quint64 position);
+    // In blocks of 2^shift bytes relative to the volume; whole blocks read, or -1.
+    qint64 readBlocks(void* buffer, quint32 count, quint64 position, int shift);
+    void setRestoreDir(const QString& dir) { restoreDir = dir; }
+
+    FolderNode* rootFolder = nullptr;
+    QString fileFilter;
+    bool doExtra = false;
+    int partIndex = 0;
+    quint64 partOffset = 0;
+    QString restoreDir;
+    QMutex mutex; // guards runState changes and every read on handle
+    QWaitCondition pauseCond;
+    int runState = Running;
+    QString deviceName;
+    DeviceHandle handle;
+
+signals:
+    void scanBegin(int total);
+    void scanOne(int done);
+    void scanDone(quint64 results, quint64 totalSize);
+    void undeleteOne(quint64 size);
+    void undeleteDone();
+    void diskScanBegin(int partition, QString kind);
+    void diskScanEnd();
+
+protected:
+    // The check point every scan loop calls at its own cadence: waits while
+    // paused; returns true when the scan is to stop.
+    bool checkPoint();
+    // Pause/resume and stop as the volume scanners do them.
+    void pauseOrResume(bool running);
+    void requestStop();
+    // For destructors: stop the thread and wait until it has left run().
+    void stopAndWait();
+};

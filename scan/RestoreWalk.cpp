@@ -1,0 +1,54 @@
+#include "scan/RestoreWalk.h"
+#include "results/FolderNode.h"
+#include "scan/SafeFileName.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QStringList>
+
+namespace {
+// Deeper trees than this come only from damaged records; the walk stops there.
+constexpr int kMaxDepth = 4096;
+}
+
+QString RestoreWalk::folderPath(const FolderNode* folder, const QString& targetDir)
+{
+    QStringList parts;
+    int depth = 0;
+    for (const FolderNode* f = folder; f && f->parent && depth < kMaxDepth; f = f->parent, ++depth)
+        parts.prepend(SafeFileName::component(f->name));
+    QString path = targetDir;
+    for (const QString& p : parts)
+        path += QLatin1Char('/') + p;
+    return path;
+}
+
+void RestoreWalk::run(FolderNode* root, const QString& targetDir, const WriteOne& write)
+{
+    if (!root)
+        return;
+    QList<FolderNode*> work{root};
+    while (!work.isEmpty()) {
+        FolderNode* folder = work.takeLast();
+        if (folder->checkState == 2 && !folder->files.isEmpty()) {
+            const QString path = folderPath(folder, targetDir);
+            if (!QDir(path).exists())
+                QDir().mkpath(path);
+            for (FoundFile* f : folder->files)
+                write(path, f);
+        }
+        work.append(folder->children);
+    }
+}
+
+bool RestoreWalk::setModified(const QString& filePath, quint64 modifiedMsecs)
+{
+    if (modifiedMsecs == 0)
+        return false;
+    QFile f(filePath);
+    if (!f.open(QIODevice::ReadWrite))
+        return false;
+    return f.setFileTime(QDateTime::fromMSecsSinceEpoch(qint64(modifiedMsecs), Qt::UTC),
+                         QFileDevice::FileModificationTime);
+}

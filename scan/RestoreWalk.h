@@ -1,0 +1,24 @@
+#pragma once
+#include <QString>
+#include <functional>
+
+struct FolderNode;
+struct FoundFile;
+
+// The restore walk both volume scanners share: every fully checked folder's
+// files are written below the target, at the folder's path in the tree.
+// Folders are made only where a file is written.
+class RestoreWalk {
+public:
+    // Called once per file with the folder made for it.
+    using WriteOne = std::function<void(const QString& folderPath, FoundFile* file)>;
+
+    static void run(FolderNode* root, const QString& targetDir, const WriteOne& write);
+
+    // The target path of a folder: targetDir, then the safe names from the top down.
+    static QString folderPath(const FolderNode* folder, const QString& targetDir);
+
+    // Gives a written file the modification time the tree shows, so a restored
+    // folder sorts by date as the original did. 0 (unknown) leaves it alone.
+    static bool setModified(const QString& filePath, quint64 modifiedMsecs);
+};

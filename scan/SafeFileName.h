@@ -1,0 +1,11 @@
+#pragma once
+#include <QString>
+
+// Names that come from a disk are untrusted when files are written: these make
+// any of them a single harmless path component inside the target folder.
+class SafeFileName {
+public:
+    // "." / ".." / empty become "_", "_._" / "_.._"; "/" and NUL become "_";
+    // unpaired UTF-16 surrogates become U+FFFD; the result fits 255 UTF-8 bytes.
+    static QString component(const QString& name);
+};

@@ -1,0 +1,97 @@
+#include "scan/device/FileSource.h"
+
+#include <QMutex>
+#include <cerrno>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+QMutex observerMutex;
+FileSource::OpenObserver& observer()
+{
+    static FileSource::OpenObserver instance;
+    return instance;
+}
+
+// A single pread may return less than asked; this caps one system call so a
+// huge request cannot tie up the kernel in one go.
+constexpr quint64 kMaxSingleRead = quint64(1) << 30;
+} // namespace
+
+FileSource::FileSource(int fd, quint64 size, QString path)
+    : m_fd(fd), m_size(size), m_path(std::move(path)) {}
+
+FileSource::~FileSource()
+{
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+void FileSource::setOpenObserver(OpenObserver o)
+{
+    QMutexLocker lock(&observerMutex);
+    observer() = std::move(o);
+}
+
+std::shared_ptr<FileSource> FileSource::open(const QString& path, int* error)
+{
+    const int flags = O_RDONLY | O_CLOEXEC;
+    {
+        QMutexLocker lock(&observerMutex);
+        if (observer())
+            observer()(path, flags);
+    }
+    const QByteArray native = path.toLocal8Bit();
+    const int fd = ::open(native.constData(), flags);
+    if (fd < 0) {
+        if (error)
+            *error = errno;
+        return nullptr;
+    }
+    struct stat st {};
+    if (::fstat(fd, &st) != 0) {
+        if (error)
+            *error = errno;
+        ::close(fd);
+        return nullptr;
+    }
+    quint64 size = 0;
+    if (S_ISBLK(st.st_mode)) {
+        unsigned long long bytes = 0;
+        if (::ioctl(fd, BLKGETSIZE64, &bytes) == 0)
+            size = bytes;
+    } else if (S_ISREG(st.st_mode)) {
+        size = quint64(st.st_size);
+    } else {
+        if (error)
+            *error = ENODEV;
+        ::close(fd);
+        return nullptr;
+    }
+    return std::shared_ptr<FileSource>(new FileSource(fd, size, path));
+}
+
+qint64 FileSource::readAt(void* buffer, quint64 bytes, quint64 position) const
+{
+    if (position >= m_size)
+        return 0;
+    quint64 want = qMin(bytes, m_size - position);
+    quint64 done = 0;
+    auto* out = static_cast<char*>(buffer);
+    while (done < want) {
+        const size_t chunk = size_t(qMin(want - done, kMaxSingleRead));
+        const ssize_t r = ::pread(m_fd, out + done, chunk, off_t(position + done));
+        if (r < 0) {
+            if (errno == EINTR)
+                continue;
+            return done > 0 ? qint64(done) : -1;
+        }
+        if (r == 0)
+            break;
+        done += quint64(r);
+    }
+    return qint64(done);
+}

@@ -1,0 +1,32 @@
+#pragma once
+#include "scan/device/ByteSource.h"
+#include <QString>
+#include <functional>
+#include <memory>
+
+// A block device or an image file, opened O_RDONLY | O_CLOEXEC and read with
+// pread. The descriptor is closed when the last handle on it goes.
+class FileSource : public ByteSource {
+public:
+    ~FileSource() override;
+    FileSource(const FileSource&) = delete;
+    FileSource& operator=(const FileSource&) = delete;
+
+    // Opens path read-only; null with *error set to errno on failure.
+    static std::shared_ptr<FileSource> open(const QString& path, int* error);
+
+    qint64 readAt(void* buffer, quint64 bytes, quint64 position) const override;
+    quint64 size() const override { return m_size; }
+    const QString& path() const { return m_path; }
+    int fd() const { return m_fd; } // for probes inside the device layer only
+
+    // Every open of a device or image goes through open(); tests watch the flags it uses.
+    using OpenObserver = std::function<void(const QString& path, int flags)>;
+    static void setOpenObserver(OpenObserver observer);
+
+private:
+    FileSource(int fd, quint64 size, QString path);
+    int m_fd;
+    quint64 m_size;
+    QString m_path;
+};

@@ -1,0 +1,94 @@
+#include "scan/device/ImageDeviceLayer.h"
+#include "scan/device/FileSource.h"
+#include "scan/device/MemorySource.h"
+#include "scan/device/PartitionTable.h"
+#include "scan/device/VolumeLabel.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+void fillCommon(DiskInfo* d, const QString& name, quint64 size, const DeviceHandle& whole)
+{
+    d->identity.model = name.toUtf8();
+    d->friendlyName = name.toUtf8();
+    d->sizeBytes = size;
+    d->mediaType = DiskGeometry::kFixedMedia;
+    d->layout = PartitionTable::read(whole);
+    d->mountPoints = QList<QString>(d->layout.entries.size());
+    d->labels = QList<QString>(d->layout.entries.size());
+}
+} // namespace
+
+QString ImageDeviceLayer::defaultFolder()
+{
+    if (!QCoreApplication::instance())
+        return {};
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/images");
+}
+
+bool ImageDeviceLayer::describeFile(const QString& path, DiskInfo* out, int* error)
+{
+    std::shared_ptr<FileSource> source = FileSource::open(path, error);
+    if (!source)
+        return false;
+    DiskInfo d;
+    d.path = path;
+    const DeviceHandle whole(source);
+    fillCommon(&d, QFileInfo(path).fileName(), source->size(), whole);
+    for (int i = 0; i < d.layout.entries.size(); ++i) {
+        const PartitionEntry& e = d.layout.entries[i];
+        d.labels[i] = VolumeLabel::probe(source->fd(), e.startingOffset, e.length);
+    }
+    d.open = [path](int* err) -> DeviceHandle {
+        std::shared_ptr<FileSource> s = FileSource::open(path, err);
+        return s ? DeviceHandle(s) : DeviceHandle();
+    };
+    *out = d;
+    return true;
+}
+
+DiskInfo ImageDeviceLayer::describeData(const QString& name, const QByteArray& data)
+{
+    auto source = std::make_shared<MemorySource>(data);
+    DiskInfo d;
+    d.path = name;
+    fillCommon(&d, name, source->size(), DeviceHandle(source));
+    d.open = [source](int*) { return DeviceHandle(source); };
+    return d;
+}
+
+QList<DiskInfo> ImageDeviceLayer::discoverFolder(const QString& folder)
+{
+    QList<DiskInfo> disks;
+    if (folder.isEmpty())
+        return disks;
+    const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Readable, QDir::Name);
+    for (const QFileInfo& f : files) {
+        DiskInfo d;
+        int err = 0;
+        if (describeFile(f.absoluteFilePath(), &d, &err))
+            disks.append(d);
+    }
+    return disks;
+}
+
+int ImageDeviceLayer::addImageFile(const QString& path, int* error)
+{
+    DiskInfo d;
+    if (!describeFile(path, &d, error))
+        return -1;
+    ensureDiscovered();
+    const int number = listDisks().size();
+    appendDisks({d});
+    return number;
+}
+
+int ImageDeviceLayer::addImageData(const QString& name, const QByteArray& data)
+{
+    ensureDiscovered();
+    const int number = listDisks().size();
+    appendDisks({describeData(name, data)});
+    return number;
+}

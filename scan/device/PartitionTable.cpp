@@ -1,0 +1,195 @@
+#include "scan/device/PartitionTable.h"
+#include "scan/CheckedMath.h"
+#include "scan/LeReader.h"
+
+#include <QSet>
+#include <algorithm>
+
+namespace {
+constexpr int kSectorBytes = 512;
+constexpr size_t kSignatureOffset = 0x1FE;
+constexpr size_t kMbrTableOffset = 0x1BE;
+constexpr size_t kMbrEntrySize = 16;
+constexpr int kMbrSlots = 4;
+constexpr size_t kMbrTypeOffset = 4;
+constexpr size_t kMbrStartOffset = 8;
+constexpr size_t kMbrCountOffset = 12;
+constexpr quint8 kGptProtective = 0xEE;
+
+// An extended chain longer than this is taken for a loop or garbage.
+constexpr int kMaxLogicalPartitions = 128;
+
+constexpr size_t kGptEntriesLbaOffset = 0x48;
+constexpr size_t kGptEntryCountOffset = 0x50;
+constexpr size_t kGptEntrySizeOffset = 0x54;
+// The format reserves 128 entries; a header that claims many more is damaged.
+constexpr quint32 kMaxGptEntries = 1024;
+constexpr quint32 kMinGptEntrySize = 128;
+constexpr quint32 kMaxGptEntrySize = 4096;
+constexpr size_t kGptFirstLbaOffset = 32;
+constexpr size_t kGptLastLbaOffset = 40;
+
+bool isExtended(quint8 type) { return type == 0x05 || type == 0x0F || type == 0x85; }
+
+QByteArray readBytes(const DeviceHandle& disk, quint64 position, quint64 bytes)
+{
+    QByteArray data(int(bytes), '\0');
+    const qint64 got = disk.read(data.data(), bytes, position);
+    if (got < qint64(bytes))
+        return {};
+    return data;
+}
+
+bool hasBootSignature(const QByteArray& sector)
+{
+    LeReader r(sector.constData(), size_t(sector.size()));
+    return r.u16(kSignatureOffset) == 0xAA55 && r.ok();
+}
+
+void addEntry(DriveLayout* layout, const DeviceHandle& disk, quint64 startLba, quint64 countLba,
+              quint32 sectorSize, quint32 number, quint8 type)
+{
+    const quint64 start = checked::mulSat(startLba, sectorSize);
+    if (type == 0 || countLba == 0 || start >= disk.length())
+        return;
+    PartitionEntry e;
+    e.startingOffset = start;
+    e.length = qMin(checked::mulSat(countLba, sectorSize), disk.length() - start);
+    e.partitionNumber = number;
+    e.mbrType = type;
+    layout->entries.append(e);
+}
+} // namespace
+
+PartitionTable::BootKind PartitionTable::bootKindOf(const QByteArray& sector)
+{
+    LeReader r(sector.constData(), size_t(sector.size()));
+    if (r.matches(3, "NTFS", 4))
+        return BootKind::Ntfs;
+    if (r.matches(0x52, "FAT32", 5))
+        return BootKind::Fat32;
+    return BootKind::None;
+}
+
+PartitionTable::BootKind PartitionTable::bootKind(const DeviceHandle& volume)
+{
+    return bootKindOf(readBytes(volume, 0, kSectorBytes));
+}
+
+quint8 PartitionTable::typeForBootKind(BootKind kind)
+{
+    switch (kind) {
+    case BootKind::Ntfs: return PartitionType::Ntfs;
+    case BootKind::Fat32: return PartitionType::Fat32Lba;
+    case BootKind::None: break;
+    }
+    return PartitionType::Other;
+}
+
+DriveLayout PartitionTable::read(const DeviceHandle& disk, quint32 sectorSize)
+{
+    DriveLayout layout;
+    if (sectorSize < kSectorBytes || !checked::isPowerOfTwo(sectorSize))
+        sectorSize = kSectorBytes;
+    const QByteArray sector0 = readBytes(disk, 0, kSectorBytes);
+    if (sector0.isEmpty())
+        return layout;
+    const BootKind kind = bootKindOf(sector0);
+    if (kind != BootKind::None) {
+        layout.style = DriveLayout::Raw;
+        PartitionEntry e;
+        e.length = disk.length();
+        e.partitionNumber = 1;
+        e.mbrType = typeForBootKind(kind);
+        layout.entries.append(e);
+        return layout;
+    }
+    if (!hasBootSignature(sector0))
+        return layout;
+    readMbr(disk, sector0, sectorSize, &layout);
+    return layout;
+}
+
+void PartitionTable::readMbr(const DeviceHandle& disk, const QByteArray& sector0, quint32 sectorSize, DriveLayout* layout)
+{
+    layout->style = DriveLayout::Mbr;
+    LeReader r(sector0.constData(), size_t(sector0.size()));
+    for (int slot = 0; slot < kMbrSlots; ++slot) {
+        const size_t at = kMbrTableOffset + size_t(slot) * kMbrEntrySize;
+        if (r.u8(at + kMbrTypeOffset) == kGptProtective && readGpt(disk, sectorSize, layout))
+            return;
+    }
+    for (int slot = 0; slot < kMbrSlots; ++slot) {
+        const size_t at = kMbrTableOffset + size_t(slot) * kMbrEntrySize;
+        const quint8 type = r.u8(at + kMbrTypeOffset);
+        const quint64 start = r.u32(at + kMbrStartOffset);
+        const quint64 count = r.u32(at + kMbrCountOffset);
+        if (isExtended(type))
+            readExtendedChain(disk, start, sectorSize, layout);
+        else
+            addEntry(layout, disk, start, count, sectorSize, quint32(slot + 1), type);
+    }
+    std::sort(layout->entries.begin(), layout->entries.end(),
+              [](const PartitionEntry& a, const PartitionEntry& b) { return a.partitionNumber < b.partitionNumber; });
+}
+
+void PartitionTable::readExtendedChain(const DeviceHandle& disk, quint64 extendedStartLba, quint32 sectorSize, DriveLayout* layout)
+{
+    QSet<quint64> visited;
+    quint64 ebrLba = extendedStartLba;
+    quint32 number = 5;
+    for (int i = 0; i < kMaxLogicalPartitions; ++i) {
+        if (visited.contains(ebrLba))
+            return;
+        visited.insert(ebrLba);
+        const QByteArray ebr = readBytes(disk, checked::mulSat(ebrLba, sectorSize), kSectorBytes);
+        if (ebr.isEmpty() || !hasBootSignature(ebr))
+            return;
+        LeReader r(ebr.constData(), size_t(ebr.size()));
+        const size_t first = kMbrTableOffset;
+        const size_t second = kMbrTableOffset + kMbrEntrySize;
+        const quint8 type = r.u8(first + kMbrTypeOffset);
+        const quint64 start = checked::addSat(ebrLba, r.u32(first + kMbrStartOffset));
+        const quint64 count = r.u32(first + kMbrCountOffset);
+        if (type != 0 && !isExtended(type))
+            addEntry(layout, disk, start, count, sectorSize, number++, type);
+        const quint8 nextType = r.u8(second + kMbrTypeOffset);
+        const quint64 nextRelative = r.u32(second + kMbrStartOffset);
+        if (!isExtended(nextType) || nextRelative == 0)
+            return;
+        ebrLba = checked::addSat(extendedStartLba, nextRelative);
+    }
+}
+
+bool PartitionTable::readGpt(const DeviceHandle& disk, quint32 sectorSize, DriveLayout* layout)
+{
+    const QByteArray header = readBytes(disk, sectorSize, kSectorBytes);
+    if (header.isEmpty() || !header.startsWith("EFI PART"))
+        return false;
+    LeReader h(header.constData(), size_t(header.size()));
+    const quint64 entriesLba = h.u64(kGptEntriesLbaOffset);
+    const quint32 count = qMin(h.u32(kGptEntryCountOffset), kMaxGptEntries);
+    const quint32 entrySize = h.u32(kGptEntrySizeOffset);
+    if (!h.ok() || entrySize < kMinGptEntrySize || entrySize > kMaxGptEntrySize || entrySize % 8 != 0)
+        return false;
+    const QByteArray table = readBytes(disk, checked::mulSat(entriesLba, sectorSize), quint64(count) * entrySize);
+    if (table.isEmpty())
+        return false;
+    layout->style = DriveLayout::Gpt;
+    layout->entries.clear();
+    LeReader t(table.constData(), size_t(table.size()));
+    static const char zeroGuid[16] = {};
+    for (quint32 i = 0; i < count; ++i) {
+        const size_t at = size_t(i) * entrySize;
+        if (t.matches(at, zeroGuid, sizeof zeroGuid))
+            continue;
+        const quint64 first = t.u64(at + kGptFirstLbaOffset);
+        const quint64 last = t.u64(at + kGptLastLbaOffset);
+        if (last < first)
+            continue;
+        const quint64 start = checked::mulSat(first, sectorSize);
+        const quint8 type = typeForBootKind(bootKind(disk.slice(start, kSectorBytes)));
+        addEntry(layout, disk, first, last - first + 1, sectorSize, i + 1, type);
+    }
+    return true;
+}
