@@ -48,7 +48,10 @@ public:
     int partIndex = 0;
     quint64 partOffset = 0;
     QString restoreDir;
-    QMutex mutex; // guards runState changes and every read on handle
+    QMutex mutex; // guards runState changes and, by default, every read on handle
+    // The lock read() takes. A disk search points its partition scanners at one
+    // lock of its own, so the search, the scanners and previews share the disk.
+    QMutex* handleLock = &mutex;
     QWaitCondition pauseCond;
     int runState = Running;
     QString deviceName;
