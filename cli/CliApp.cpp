@@ -1,5 +1,6 @@
 #include "cli/CliApp.h"
 #include "cli/DeviceRows.h"
+#include "cli/Interrupt.h"
 #include "cli/ScanSession.h"
 #include "cli/SourceSpec.h"
 #include "cli/TreeReport.h"
@@ -8,6 +9,7 @@
 #include "scan/PartScan.h"
 #include "scan/ScannerFactory.h"
 #include "scan/device/CombinedDeviceLayer.h"
+#include "scan/device/Console.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QCommandLineParser>
@@ -20,6 +22,20 @@
 
 namespace {
 const char* const kUnrecognised = "无法识别的文件系统。";
+bool verbose = false;
+
+// Fatal conditions of a scan end the process with their message and a status
+// of their own instead of a core dump; progress traces only with --verbose.
+void messageHandler(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtDebugMsg && !verbose)
+        return;
+    std::fprintf(stderr, "%s%s\n", type == QtFatalMsg ? "ostrel-cli: fatal: " : "", message.toUtf8().constData());
+    if (type == QtFatalMsg) {
+        std::fflush(stderr);
+        std::_Exit(CliApp::Fatal);
+    }
+}
 
 void out(const QString& text)
 {
@@ -278,6 +294,10 @@ int scanOrRestore(const QStringList& args, bool restore)
     QString targetDir;
     if (restore) {
         targetDir = QDir(parser.value(QStringLiteral("to"))).absolutePath();
+        const QString mount = target.letter.isNull() ? QString() : DeviceLayer::instance().mountPointOfLetter(target.letter);
+        if (!mount.isEmpty() && (targetDir + '/').startsWith(QDir(mount).absolutePath().append('/').replace("//", "/")))
+            return fail({CliApp::BadTarget, QStringLiteral("%1 lies on the volume being recovered (mounted at %2): "
+                                                            "restoring there would overwrite lost files").arg(targetDir, mount)});
         if (!QDir().mkpath(targetDir))
             return fail({CliApp::BadTarget, QStringLiteral("cannot create %1").arg(targetDir)});
     }
@@ -285,6 +305,7 @@ int scanOrRestore(const QStringList& args, bool restore)
     std::unique_ptr<ScanSession> session = makeSession(target, options, &f);
     if (!session)
         return fail(f);
+    session->setShowProgress(Console::stderrIsTerminal());
     session->scan();
 
     QJsonObject doc;
@@ -310,6 +331,8 @@ int scanOrRestore(const QStringList& args, bool restore)
         if (json)
             doc = TreeReport::json(session->root());
     }
+    if (session->interrupted())
+        err(QStringLiteral("ostrel-cli: stopped; the results so far follow\n"));
     const QString totals = QStringLiteral("results=%1,totalsize=%2").arg(session->results()).arg(session->totalSize());
     if (json) {
         doc.insert("results", double(session->results()));
@@ -334,12 +357,19 @@ void usage()
                        "       ostrel-cli scan [--mode file|format|partition] [--deep] [--types \".jpg;.png\"] [--json] SOURCE\n"
                        "       ostrel-cli restore [scan options] [--only PATH]... --to DIR SOURCE\n"
                        "SOURCE is a drive letter (E), a disk (disk:N), or an image file, optionally with a\n"
-                       "1-based partition (card.img@1). Run a command with --help for its options.\n"));
+                       "1-based partition (card.img@1). Run a command with --help for its options;\n"
+                       "--verbose shows the scanners' progress traces.\n"
+                       "Exit status: 0 done, 2 usage, 3 no such source, 4 partition out of range,\n"
+                       "5 bad target folder, 6 unrecognised file system, 7 fatal scan error.\n"));
 }
 } // namespace
 
-int CliApp::run(const QStringList& arguments)
+int CliApp::run(const QStringList& args)
 {
+    QStringList arguments = args;
+    verbose = arguments.removeAll(QStringLiteral("--verbose")) > 0;
+    qInstallMessageHandler(messageHandler);
+    Interrupt::install();
     if (arguments.size() < 2) {
         usage();
         return Usage;

@@ -3,7 +3,17 @@
 #include "scan/PartScan.h"
 
 #include <QCoreApplication>
+#include "cli/Interrupt.h"
+#include "cli/ProgressLine.h"
+
 #include <QEventLoop>
+#include <QTimer>
+#include <cstdio>
+
+namespace {
+// How often the progress line is redrawn and Ctrl-C looked for.
+constexpr int kTickMsecs = 200;
+}
 
 ScanSession::ScanSession(PartScan* scanner, const QString& rootName, bool fat32Root)
     : m_scanner(scanner), m_top(new FolderNode), m_root(new FolderNode)
@@ -54,9 +64,22 @@ void ScanSession::runThread()
 {
     QEventLoop loop;
     connect(m_scanner, &QThread::finished, &loop, &QEventLoop::quit);
+    ProgressLine line(this);
+    QTimer tick;
+    connect(&tick, &QTimer::timeout, this, [&] {
+        if (Interrupt::count() > 0 && !m_interrupted) {
+            m_interrupted = true;
+            m_scanner->stop();
+        }
+        if (m_showProgress)
+            std::fprintf(stderr, "\r%s", line.render().toUtf8().constData());
+    });
+    tick.start(kTickMsecs);
     m_scanner->start();
     // finished() reaches this loop queued, so it cannot be missed.
     loop.exec();
+    if (m_showProgress)
+        std::fprintf(stderr, "\r%s\n", line.render().toUtf8().constData());
     // Signals queued just before the thread ended are delivered here.
     QCoreApplication::sendPostedEvents(this);
 }

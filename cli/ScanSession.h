@@ -16,6 +16,10 @@ public:
     ~ScanSession() override;
 
     void setOptions(const QString& fileFilter, bool doExtra);
+    // Draw a progress line on stderr while the thread runs.
+    void setShowProgress(bool show) { m_showProgress = show; }
+    // Ctrl-C reached the scan (it was asked to stop).
+    bool interrupted() const { return m_interrupted; }
     void scan();
     // Writes the fully checked folders below dir through the scanner's own restore.
     void restore(const QString& dir);
@@ -46,4 +50,6 @@ private:
     int m_progressTotal = 0;
     int m_progressDone = 0;
     int m_partition = -1;
+    bool m_showProgress = false;
+    bool m_interrupted = false;
 };

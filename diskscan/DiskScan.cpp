@@ -72,6 +72,8 @@ qint64 DiskScan::readDisk(void* buffer, quint64 bytes, quint64 position)
     const qint64 got = diskHandle.read(buffer, bytes, position);
     if (got < 0)
         qCritical("%s ReadFile return: %lu", "DiskScan::read", static_cast<unsigned long>(errno));
+    else
+        bytesRead += quint64(got);
     return got;
 }
 
@@ -139,7 +141,9 @@ void DiskScan::search()
     qDebug() << "begin:" << now();
     std::vector<uchar> chunk(kChunkBytes);
     quint64 position = 0;
+    searchEnd = size;
     while (position < size && !checkPoint()) {
+        searchPosition = position;
         const quint64 want = qMin(kChunkBytes, size - position);
         const qint64 got = readDisk(chunk.data(), want, position);
         quint64 next = position + want;
@@ -155,6 +159,7 @@ void DiskScan::search()
         }
         position = next;
     }
+    searchPosition = qMin(position, size);
     qDebug() << "end:" << now();
     emit scanDone(totalResults, totalSize);
 }
@@ -197,6 +202,7 @@ void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number)
 {
     scanner->moveToThread(thread()); // it outlives this run; it lives beside this object
     scanner->handleLock = &m_diskLock;
+    scanner->bytesCounter = &bytesRead;
     scanner->partIndex = number;
     partScans.append(scanner);
     // Added on the partition's own thread before it ends, so the sums are

@@ -27,6 +27,9 @@ public:
     quint64 totalResults = 0;
     quint64 totalSize = 0;
     QList<PartScan*> partScans; // owned; in the order they were built
+    // Where the search stands and how far it goes, for progress figures.
+    std::atomic<quint64> searchPosition{0};
+    std::atomic<quint64> searchEnd{0};
 
 public slots:
     void scanDoneSlot(quint64 results, quint64 size);

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QThread>
 #include <QWaitCondition>
+#include <atomic>
 
 struct FolderNode;
 struct FoundFile;
@@ -56,6 +57,10 @@ public:
     int runState = Running;
     QString deviceName;
     DeviceHandle handle;
+    // Bytes read from the device so far, for throughput figures. A disk search
+    // points its partition scanners' counter at its own.
+    std::atomic<quint64> bytesRead{0};
+    std::atomic<quint64>* bytesCounter = &bytesRead;
 
 signals:
     void scanBegin(int total);
