@@ -1,0 +1,283 @@
+#include "results/FolderNode.h"
+#include "results/NtfsFile.h"
+#include "scan/PartScan.h"
+#include "wizard/FileListRows.h"
+#include "wizard/FilePreview.h"
+#include "wizard/IconListRows.h"
+#include "wizard/RowRef.h"
+#include "wizard/SelectionSums.h"
+
+#include <QBuffer>
+#include <QDateTime>
+#include <QImage>
+#include <QListWidget>
+#include <QTreeWidget>
+#include <QtTest>
+
+namespace {
+// A scanner that serves file content from memory, as an NTFS one sizes it.
+class MemoryScan : public PartScan {
+public:
+    MemoryScan() : PartScan(QString()) {}
+    QHash<FoundFile*, QByteArray> content;
+    QList<int> partIndexSeen;
+
+    quint64 fileContent(char* buffer, FoundFile* record) override
+    {
+        partIndexSeen.append(partIndex);
+        if (buffer) {
+            const QByteArray bytes = content.value(record);
+            memcpy(buffer, bytes.constData(), size_t(bytes.size()));
+            return record->size;
+        }
+        return record->size + 4096;
+    }
+};
+
+FoundFile* addFile(FolderNode* folder, const QString& name, quint64 size, quint64 msecs = 0)
+{
+    auto* f = new NtfsFile;
+    f->name = name;
+    f->size = size;
+    f->modifiedMsecs = msecs;
+    folder->files.append(f);
+    return f;
+}
+
+FolderNode* addFolder(FolderNode* parent, const QString& name, int checkState)
+{
+    auto* f = new FolderNode;
+    f->name = name;
+    f->parent = parent;
+    f->checkState = checkState;
+    parent->children.append(f);
+    return f;
+}
+
+QByteArray png(int w, int h)
+{
+    QImage image(w, h, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+QStringList column(const QTreeWidget& list, int c)
+{
+    QStringList texts;
+    for (int i = 0; i < list.topLevelItemCount(); ++i)
+        texts.append(list.topLevelItem(i)->text(c));
+    return texts;
+}
+
+const qint64 kMarch2015 = QDateTime(QDate(2015, 3, 1), QTime(8, 30, 5)).toMSecsSinceEpoch();
+const qint64 kJune2014 = QDateTime(QDate(2014, 6, 2), QTime(23, 0, 0)).toMSecsSinceEpoch();
+} // namespace
+
+class TestResultLists : public QObject {
+    Q_OBJECT
+private slots:
+    void fileListTextsAndRowData();
+    void fileListOrderAfterEachSort_data();
+    void fileListOrderAfterEachSort();
+    void iconPaths_data();
+    void iconPaths();
+    void thumbnailsAndFallbacks();
+    void longLoadRule_data();
+    void longLoadRule();
+    void previewRefusesAbove300MiB();
+    void selectionSums();
+    void sizeText_data();
+    void sizeText();
+};
+
+void TestResultLists::fileListTextsAndRowData()
+{
+    FolderNode folder;
+    folder.checkState = Qt::PartiallyChecked;
+    folder.partIndex = 3;
+    FoundFile* a = addFile(&folder, QStringLiteral("a.tar.gz"), 1536, quint64(kMarch2015));
+    addFile(&folder, QStringLiteral("README"), 0);
+    addFile(&folder, QStringLiteral("huge.iso"), quint64(10) << 30, quint64(kJune2014));
+    QTreeWidget list;
+    FileListRows::fill(&list, &folder, {});
+
+    QCOMPARE(column(list, 0), QStringList({"a.tar.gz", "README", "huge.iso"}));
+    QCOMPARE(column(list, 1), QStringList({QStringLiteral("2015-03-01 08:30:05"), QStringLiteral("未知时间"),
+                                           QStringLiteral("2014-06-02 23:00:00")}));
+    QCOMPARE(column(list, 2), QStringList({"       1.5 KB", "       0.0 KB", "10485760.0 KB"}));
+    const QTreeWidgetItem* row = list.topLevelItem(0);
+    QCOMPARE(row->checkState(0), Qt::Checked);
+    QCOMPARE(row->toolTip(0), QStringLiteral("a.tar.gz"));
+    QCOMPARE(row->font(2).pointSize(), 9);
+    const RowRef ref = RowRef::of(row);
+    QCOMPARE(ref.file, a);
+    QCOMPARE(ref.folder, &folder);
+    QCOMPARE(ref.partIndex, 3);
+
+    folder.checkState = Qt::Unchecked;
+    FileListRows::fill(&list, &folder, {});
+    QCOMPARE(list.topLevelItemCount(), 3);
+    QCOMPARE(list.topLevelItem(2)->checkState(0), Qt::Unchecked);
+}
+
+void TestResultLists::fileListOrderAfterEachSort_data()
+{
+    QTest::addColumn<int>("sortColumn");
+    QTest::addColumn<QStringList>("order");
+    QTest::newRow("name") << 0 << QStringList({"B.txt", "a.jpg", "c.doc", "d.bin"});
+    QTest::newRow("time, unknown last") << 1 << QStringList({"c.doc", "a.jpg", "B.txt", "d.bin"});
+    QTest::newRow("size, numeric by the blanks") << 2 << QStringList({"d.bin", "B.txt", "c.doc", "a.jpg"});
+}
+
+void TestResultLists::fileListOrderAfterEachSort()
+{
+    QFETCH(int, sortColumn);
+    QFETCH(QStringList, order);
+    FolderNode folder;
+    addFile(&folder, QStringLiteral("c.doc"), 20480, quint64(kJune2014));
+    addFile(&folder, QStringLiteral("a.jpg"), 102400, quint64(kMarch2015));
+    addFile(&folder, QStringLiteral("B.txt"), 9216, 0);
+    addFile(&folder, QStringLiteral("d.bin"), 512, 0);
+    QTreeWidget list;
+    list.setColumnCount(3);
+    FileListRows::fill(&list, &folder, {});
+    list.sortItems(sortColumn, Qt::AscendingOrder);
+    if (sortColumn == 1) // two unknown times keep no defined order between them
+        QCOMPARE(column(list, 0).mid(0, 2), order.mid(0, 2));
+    else
+        QCOMPARE(column(list, 0), order);
+    list.sortItems(sortColumn, Qt::AscendingOrder);
+    QCOMPARE(column(list, 0).first(), order.first());
+}
+
+void TestResultLists::iconPaths_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("known") << "x.jpg" << ":./icons/28.ico";
+    QTest::newRow("case of the name kept") << "X.JPG" << ":./null.ico";
+    QTest::newRow("last extension") << "a.tar.gz" << ":./icons/81.ico";
+    QTest::newRow("none") << "README" << ":./null.ico";
+}
+
+void TestResultLists::iconPaths()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, path);
+    const QMap<QString, QString> icons{{".jpg", ":./icons/28.ico"}, {".gz", ":./icons/81.ico"}};
+    QCOMPARE(FileListRows::iconPath(name, icons), path);
+}
+
+void TestResultLists::thumbnailsAndFallbacks()
+{
+    FolderNode folder;
+    folder.partIndex = 2;
+    MemoryScan scan;
+    const QByteArray picture = png(40, 30);
+    FoundFile* good = addFile(&folder, QStringLiteral("PHOTO.PNG"), quint64(picture.size()));
+    scan.content[good] = picture;
+    scan.content[addFile(&folder, QStringLiteral("broken.png"), 50)] = QByteArray(50, 'x');
+    scan.content[addFile(&folder, QStringLiteral("picture.png.txt"), quint64(picture.size()))] = picture;
+    // The buffer would be exactly 100 MiB: not read.
+    addFile(&folder, QStringLiteral("big.png"), 104857600 - 4096);
+
+    QListWidget list;
+    int messages = 0;
+    IconListRows::fill(&list, &folder, &scan, [&](const QString&) { ++messages; });
+    QCOMPARE(list.count(), 4);
+    QCOMPARE(messages, 0);
+    const QSize side(40, 40);
+    QCOMPARE(list.item(0)->icon().pixmap(side).size(), QSize(40, 30));
+    QCOMPARE(IconListRows::thumbnail(&scan, &folder, folder.files[1]).isNull(), true);
+    QCOMPARE(IconListRows::thumbnail(&scan, &folder, folder.files[2]).isNull(), true);
+    QCOMPARE(IconListRows::thumbnail(&scan, &folder, folder.files[3]).isNull(), true);
+    QCOMPARE(list.item(3)->text(), QStringLiteral("big.png"));
+    QCOMPARE(list.item(3)->sizeHint(), QSize(160, 160));
+    QCOMPARE(RowRef::of(list.item(1)).file, folder.files[1]);
+    for (int seen : scan.partIndexSeen)
+        QCOMPARE(seen, 2);
+}
+
+void TestResultLists::longLoadRule_data()
+{
+    QTest::addColumn<int>("files");
+    QTest::addColumn<int>("jpegs");
+    QTest::addColumn<QString>("jpegName");
+    QTest::addColumn<bool>("message");
+    QTest::newRow("20 with 15") << 20 << 15 << "p.jpg" << false;
+    QTest::newRow("20 with 16") << 20 << 16 << "p.jpg" << true;
+    QTest::newRow("19 all") << 19 << 19 << "p.jpg" << false;
+    QTest::newRow("upper case not counted") << 30 << 30 << "P.JPG" << false;
+}
+
+void TestResultLists::longLoadRule()
+{
+    QFETCH(int, files);
+    QFETCH(int, jpegs);
+    QFETCH(QString, jpegName);
+    QFETCH(bool, message);
+    FolderNode folder;
+    for (int i = 0; i < files; ++i)
+        addFile(&folder, i < jpegs ? jpegName : QStringLiteral("x.doc"), 10);
+    QCOMPARE(IconListRows::isLongLoad(folder.files), message);
+}
+
+void TestResultLists::previewRefusesAbove300MiB()
+{
+    FolderNode folder;
+    MemoryScan scan;
+    FoundFile* file = addFile(&folder, QStringLiteral("movie.avi"), 314572800 - 4095);
+    QString said;
+    const bool shown = FilePreview::open(nullptr, &scan, {file, &folder, 0}, file->name,
+                                         [&](const QString& text) { said = text; });
+    QVERIFY(!shown);
+    QCOMPARE(said, QStringLiteral("预览内容超过300M!"));
+}
+
+// root(partly) ── a(checked: 2 files) ── a1(unchecked: 1 file) ── a11(checked: 1 file)
+//              └─ b(unchecked: 1 file)
+void TestResultLists::selectionSums()
+{
+    FolderNode top;
+    FolderNode* root = addFolder(&top, QStringLiteral("C"), Qt::PartiallyChecked);
+    addFile(root, QStringLiteral("r"), 1);
+    FolderNode* a = addFolder(root, QStringLiteral("a"), Qt::Checked);
+    addFile(a, QStringLiteral("a1"), 10);
+    addFile(a, QStringLiteral("a2"), 20);
+    FolderNode* a1 = addFolder(a, QStringLiteral("a1"), Qt::Unchecked);
+    addFile(a1, QStringLiteral("x"), 1000);
+    addFile(addFolder(a1, QStringLiteral("a11"), Qt::Checked), QStringLiteral("y"), quint64(5) << 30);
+    addFile(addFolder(root, QStringLiteral("b"), Qt::Unchecked), QStringLiteral("z"), 100);
+
+    const SelectionSums sums = SelectionSums::of(root);
+    QCOMPARE(sums.count, 4);
+    QCOMPARE(sums.size, 1 + 10 + 20 + (quint64(5) << 30));
+    QCOMPARE(SelectionSums::of(nullptr).count, 0);
+}
+
+void TestResultLists::sizeText_data()
+{
+    QTest::addColumn<quint64>("bytes");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("unit");
+    QTest::newRow("zero") << quint64(0) << "0.00" << "KB";
+    QTest::newRow("1024 KB stays") << quint64(1024 * 1024) << "1024.00" << "KB";
+    QTest::newRow("one byte more") << quint64(1024 * 1024 + 1) << "1.00" << "MB";
+    QTest::newRow("above 4 GiB") << (quint64(9) << 29) << "4.50" << "GB";
+}
+
+void TestResultLists::sizeText()
+{
+    QFETCH(quint64, bytes);
+    QFETCH(QString, value);
+    QFETCH(QString, unit);
+    QCOMPARE(SelectionSums::sizeValue(bytes), value);
+    QCOMPARE(SelectionSums::sizeUnit(bytes), unit);
+}
+
+QTEST_MAIN(TestResultLists)
+#include "tst_resultlists.moc"

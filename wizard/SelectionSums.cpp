@@ -1,0 +1,55 @@
+#include "wizard/SelectionSums.h"
+#include "results/FolderNode.h"
+#include "results/ResultTreeLock.h"
+
+#include <QDebug>
+#include <QReadLocker>
+
+namespace {
+struct Scaled {
+    double value;
+    const char* unit;
+};
+
+Scaled scaled(quint64 bytes)
+{
+    Scaled s{double(bytes) / 1024, "KB"};
+    if (s.value > 1024) {
+        s = {s.value / 1024, "MB"};
+        if (s.value > 1024)
+            s = {s.value / 1024, "GB"};
+    }
+    return s;
+}
+} // namespace
+
+SelectionSums SelectionSums::of(FolderNode* root)
+{
+    SelectionSums sums;
+    if (!root)
+        return sums;
+    QReadLocker lock(&ResultTreeLock::lock());
+    QList<FolderNode*> work{root};
+    while (!work.isEmpty()) {
+        FolderNode* folder = work.takeLast();
+        qDebug() << folder->name << "checkState" << folder->checkState;
+        if (folder->checkState != Qt::Unchecked) {
+            for (const FoundFile* file : folder->files) {
+                ++sums.count;
+                sums.size += file->size;
+            }
+        }
+        work.append(folder->children);
+    }
+    return sums;
+}
+
+QString SelectionSums::sizeValue(quint64 bytes)
+{
+    return QString::number(scaled(bytes).value, 'f', 2);
+}
+
+QString SelectionSums::sizeUnit(quint64 bytes)
+{
+    return QString::fromLatin1(scaled(bytes).unit);
+}
