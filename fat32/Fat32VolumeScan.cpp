@@ -52,9 +52,11 @@ Fat32VolumeScan::Fat32VolumeScan(const QString& name, DeviceHandle h, quint64 of
     parseBootSector();
 }
 
+// The scanner owns the visible root and the tree below it.
 Fat32VolumeScan::~Fat32VolumeScan()
 {
     stopAndWait();
+    delete rootFolder;
 }
 
 void Fat32VolumeScan::setRunning(bool running) { pauseOrResume(running); }

@@ -1,4 +1,5 @@
 #pragma once
+#include "PrintQString.h"
 #include "fat32/Fat32VolumeScan.h"
 #include "fixtures/SignalWaiter.h"
 #include "results/Fat32File.h"
@@ -8,10 +9,7 @@
 #include <QSignalSpy>
 #include <QStringList>
 #include <functional>
-#include <ostream>
 #include <memory>
-
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
 
 // A FAT32 scanner over a volume in memory, run to its end, with the tree it
 // built: the top node and the volume folder "E" as the wizard makes them.
@@ -29,6 +27,12 @@ struct ScannedVolume {
         begin = std::make_unique<QSignalSpy>(scan.get(), &PartScan::scanBegin);
         ones = std::make_unique<QSignalSpy>(scan.get(), &PartScan::scanOne);
         done = std::make_unique<QSignalSpy>(scan.get(), &PartScan::scanDone);
+    }
+
+    ~ScannedVolume()
+    {
+        scan.reset(); // frees the volume folder with the tree below it
+        top->children.clear();
     }
 
     void run()
@@ -73,7 +77,7 @@ struct ScannedVolume {
         return buf;
     }
 
-    std::unique_ptr<FolderNode> top = std::make_unique<FolderNode>(); // declared first: outlives the scanner
+    std::unique_ptr<FolderNode> top = std::make_unique<FolderNode>();
     FolderNode* root = nullptr;
     std::unique_ptr<Fat32VolumeScan> scan;
     std::unique_ptr<QSignalSpy> begin, ones, done;
