@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -355,5 +356,27 @@ TEST_F(Fat32ScanDeathTest, RefusesWhatIsNotAFat32Volume)
     };
     for (const Case& c : cases) {
         EXPECT_DEATH(Fat32VolumeScan("E", DeviceHandle(std::make_shared<MemorySource>(c.volume)), 0), c.message);
+    }
+}
+
+// Damaged FATs and directories end in a finished scan and a finished restore,
+// never in a hang or a read outside a buffer: random bytes over the FATs and
+// the first clusters, where the directories lie.
+TEST(Fat32Scan, DamagedVolumesStillFinish)
+{
+    MixedVolume v;
+    const QByteArray clean = v.b.image();
+    QRandomGenerator random(0x0512F032);
+    for (int round = 0; round < 60; ++round) {
+        QByteArray damaged = clean;
+        const int end = int(v.b.clusterOffset(v.loop + 1));
+        for (int i = 0; i < 200; ++i)
+            damaged[random.bounded(512, end)] = char(random.bounded(256));
+        ScannedVolume s(damaged);
+        s.run();
+        ASSERT_EQ(s.done->size(), 1) << round;
+        QTemporaryDir target;
+        s.scan->setRestoreDir(target.path());
+        s.run();
     }
 }
