@@ -67,9 +67,9 @@ void Fat32VolumeScan::parseBootSector()
     char sector[Fat32BootSector::kSectorBytes];
     if (readBlocks(sector, 1, 0, 9) <= 0)
         qFatal("%s: cannot read boot sector", kBootSectorWhere);
-    Fat32BootSector g;
-    if (!Fat32BootSector::parse(sector, sizeof sector, &g))
+    if (!Fat32BootSector::parse(sector, sizeof sector, &boot))
         qFatal("%s: it's not a valid fat32 volume", kBootSectorWhere);
+    const Fat32BootSector& g = boot;
     fatCount = g.fatCount;
     clusterBytes = g.clusterBytes;
     clusterShift = g.clusterShift;
@@ -99,12 +99,7 @@ quint64 Fat32VolumeScan::fatEntriesToLoad() const
 {
     const quint64 deviceLength = handle.length();
     const quint64 afterVolumeStart = deviceLength > partOffset ? deviceLength - partOffset : 0;
-    Fat32BootSector g;
-    g.fatBytes = fatBytes;
-    g.volumeBytes = volumeBytes;
-    g.dataOffset = dataOffset;
-    g.clusterShift = clusterShift;
-    return g.usableFatEntries(afterVolumeStart);
+    return boot.usableFatEntries(afterVolumeStart);
 }
 
 void Fat32VolumeScan::loadFat()

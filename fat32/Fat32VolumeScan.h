@@ -1,4 +1,5 @@
 #pragma once
+#include "fat32/Fat32BootSector.h"
 #include "scan/PartScan.h"
 
 #include <QStringList>
@@ -68,6 +69,7 @@ private:
     void forEachSpan(const Fat32File* file, const SpanVisitor& visit) const;
     void writeFile(const QString& folderPath, Fat32File* file);
 
+    Fat32BootSector boot;
     // The first FAT, in memory from the start of a scan to its end (carving included).
     std::unique_ptr<Fat32Table> fat;
 };
