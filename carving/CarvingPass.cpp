@@ -70,7 +70,8 @@ bool CarvingPass::runFat32(const CarvingContext& context, const Fat32CarvingGeom
 bool CarvingPass::walkNtfs(const NtfsCarvingGeometry& geometry)
 {
     const quint8* bitmap = geometry.bitmap;
-    const quint64 bitmapBytes = bitmap ? geometry.bitmapBytes : (geometry.clusterCount + kBitsPerByte - 1) / kBitsPerByte;
+    const quint64 wholeBytes = geometry.clusterCount / kBitsPerByte + (geometry.clusterCount % kBitsPerByte ? 1 : 0);
+    const quint64 bitmapBytes = bitmap ? geometry.bitmapBytes : wholeBytes;
     const quint64 described = checked::mulSat(bitmapBytes, kBitsPerByte);
     const quint64 clusterEnd = geometry.clusterCount ? qMin(geometry.clusterCount, described) : described;
     // A set bit is a cluster in use, or the first cluster of a file the metadata pass already listed.
