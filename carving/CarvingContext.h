@@ -33,5 +33,5 @@ struct NtfsCarvingGeometry {
 struct Fat32CarvingGeometry {
     quint32 clusterBytes = 0; // a power of two
     quint64 dataOffset = 0;   // volume byte offset of cluster 2
-    quint32 fatBytes = 0;     // size of one FAT: fatBytes / 4 entries
+    quint64 fatBytes = 0;     // size of one FAT: fatBytes / 4 entries
 };

@@ -8,10 +8,11 @@
 #include <QDebug>
 
 namespace {
-// FAT32 clusters 0 and 1 do not exist and 2..7 hold the root directory and
-// system areas on every volume the formatters make; the walk starts behind them.
+constexpr quint64 kFat32FirstDataCluster = 2; // clusters 0 and 1 have FAT entries but no place on disk
+// The walk leaves out the first data clusters, where the root directory begins.
 constexpr quint64 kFat32FirstCarvedCluster = 8;
 constexpr quint32 kFatEntryBytes = 4;
+constexpr quint64 kFat32ClusterLimit = quint64(1) << 28; // FAT32 entries have 28 bits; the top four are reserved
 constexpr int kBitsPerByte = 8;
 
 int shiftOf(quint64 powerOfTwo)
@@ -98,8 +99,8 @@ bool CarvingPass::walkNtfs(const NtfsCarvingGeometry& geometry)
 
 bool CarvingPass::walkFat32(const Fat32CarvingGeometry& geometry)
 {
-    m_clusterEnd = geometry.fatBytes / kFatEntryBytes;
-    BlockWindow window(m_context.read, {m_blockBytes, 2, geometry.dataOffset, m_clusterEnd}, [](quint64) { return true; });
+    m_clusterEnd = qMin(geometry.fatBytes / kFatEntryBytes, kFat32ClusterLimit);
+    BlockWindow window(m_context.read, {m_blockBytes, kFat32FirstDataCluster, geometry.dataOffset, m_clusterEnd}, [](quint64) { return true; });
     for (quint64 cluster = kFat32FirstCarvedCluster; cluster < m_clusterEnd; ++cluster) {
         // Behind the device's end nothing more can be read, however many entries the FAT has.
         if (window.pastEnd(cluster))

@@ -16,7 +16,7 @@ bool runNtfs(CarvingVolume& v, std::vector<quint8>* bitmap, quint64 clusterCount
     return CarvingPass::runNtfs(v.context(), g);
 }
 
-bool runFat32(CarvingVolume& v, quint32 fatBytes)
+bool runFat32(CarvingVolume& v, quint64 fatBytes)
 {
     return CarvingPass::runFat32(v.context(), {v.blockBytes, v.dataOffset, fatBytes});
 }
@@ -91,6 +91,10 @@ TEST(CarvingPassFat32, WalksEveryClusterFromEightWithinTheFat)
     CarvingVolume small(16, 512);
     EXPECT_TRUE(runFat32(small, 35));
     EXPECT_TRUE(small.progress.isEmpty() && small.extra()) << "a FAT of eight entries has nothing to walk";
+    CarvingVolume wild(16, 512);
+    wild.put(15 - 2, jpg());
+    EXPECT_TRUE(runFat32(wild, quint64(1) << 40));
+    EXPECT_EQ(wild.listing(), QStringList({"JPG文件-00001/F000000007.jpg 128000 c15x250"})) << "a wild FAT ends at the device's end";
 }
 
 TEST(CarvingPass, UnreadBytesAreNeverTested)
