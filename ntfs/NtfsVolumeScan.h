@@ -47,6 +47,9 @@ public:
 
 protected:
     void run() override;
+    // The signature carving pass over the clusters clusterBitmap leaves free;
+    // adds what it finds to the totals.
+    virtual void carvingPass(quint64* results, quint64* totalSize);
 
 private:
     struct ScanTotals {
@@ -77,7 +80,6 @@ private:
     bool isLive(const QStringList& folders, const QString& name) const;
     FolderNode* currentOrphanFolder();
     void markClusters(const NtfsFile* file);
-    void carvingPass(quint64* results, quint64* totalSize);
 
     void writeFile(const QString& folderPath, NtfsFile* file);
     QByteArray residentContent(const NtfsFile* file);
