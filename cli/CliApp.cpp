@@ -1,18 +1,47 @@
 #include "cli/CliApp.h"
 #include "cli/DeviceRows.h"
+#include "cli/Interrupt.h"
+#include "cli/ScanSession.h"
+#include "cli/SourceSpec.h"
+#include "cli/TreeReport.h"
+#include "results/CheckStates.h"
+#include "results/FolderNode.h"
+#include "scan/PartScan.h"
+#include "scan/ScannerFactory.h"
 #include "scan/device/CombinedDeviceLayer.h"
+#include "scan/device/Console.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 
 namespace {
+const char* const kUnrecognised = "无法识别的文件系统。";
+bool verbose = false;
+
+// Fatal conditions of a scan end the process with their message and a status
+// of their own instead of a core dump; progress traces only with --verbose.
+void messageHandler(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtDebugMsg && !verbose)
+        return;
+    std::fprintf(stderr, "%s%s\n", type == QtFatalMsg ? "ostrel-cli: fatal: " : "", message.toUtf8().constData());
+    if (type == QtFatalMsg) {
+        std::fflush(stderr);
+        std::_Exit(CliApp::Fatal);
+    }
+}
+
 void out(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    std::fflush(stdout);
 }
 
 void err(const QString& text)
@@ -21,34 +50,304 @@ void err(const QString& text)
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
 }
 
-// --image FILE adds image files to the device list for any command.
-bool addImages(const QStringList& images)
-{
-    for (const QString& path : images) {
-        int error = 0;
-        if (CombinedDeviceLayer::program().addImageFile(path, &error) < 0) {
-            err(QStringLiteral("ostrel-cli: cannot open image %1: %2\n").arg(path, QString::fromLocal8Bit(strerror(error))));
-            return false;
+struct Failure {
+    int code = CliApp::Ok;
+    QString message;
+};
+
+// The device layer the commands use: the machine's disks and the images
+// folder, or with --images-only the image files alone (tests never look at the
+// host's disks).
+class Devices {
+public:
+    explicit Devices(bool imagesOnly)
+    {
+        if (imagesOnly) {
+            m_own = std::make_unique<ImageDeviceLayer>(ImageDeviceLayer::defaultFolder());
+            m_layer = m_own.get();
+            DeviceLayer::setInstance(m_layer);
+        } else {
+            m_layer = &CombinedDeviceLayer::program();
         }
     }
-    return true;
+    ~Devices() { DeviceLayer::setInstance(nullptr); }
+    ImageDeviceLayer& layer() { return *m_layer; }
+
+    Failure addImages(const QStringList& images)
+    {
+        for (const QString& path : images) {
+            int error = 0;
+            if (m_layer->addImageFile(path, &error) < 0)
+                return {CliApp::NoSource, QStringLiteral("cannot open image %1: %2").arg(path, QString::fromLocal8Bit(strerror(error)))};
+        }
+        return {};
+    }
+
+private:
+    std::unique_ptr<ImageDeviceLayer> m_own;
+    ImageDeviceLayer* m_layer = nullptr;
+};
+
+void addCommonOptions(QCommandLineParser& parser)
+{
+    parser.addHelpOption();
+    parser.addOption({QStringLiteral("json"), QStringLiteral("Print one JSON document.")});
+    parser.addOption({QStringLiteral("image"), QStringLiteral("Add an image file to the device list."), QStringLiteral("FILE")});
+    parser.addOption({QStringLiteral("images-only"), QStringLiteral("List image files only, not the machine's disks.")});
 }
 
 int devicesCommand(const QStringList& args)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("List disks and partitions as the wizard's device page shows them."));
-    parser.addHelpOption();
-    parser.addOption({QStringLiteral("json"), QStringLiteral("Print one JSON document.")});
-    parser.addOption({QStringLiteral("image"), QStringLiteral("Add an image file to the device list."), QStringLiteral("FILE")});
+    addCommonOptions(parser);
     parser.process(args);
-    if (!addImages(parser.values(QStringLiteral("image"))))
-        return CliApp::NoSource;
-    const QList<DeviceRow> rows = DeviceRows::collect(DeviceLayer::instance());
+    Devices devices(parser.isSet(QStringLiteral("images-only")));
+    const Failure f = devices.addImages(parser.values(QStringLiteral("image")));
+    if (f.code != CliApp::Ok) {
+        err(QStringLiteral("ostrel-cli: %1\n").arg(f.message));
+        return f.code;
+    }
+    const QList<DeviceRow> rows = DeviceRows::collect(devices.layer());
     if (parser.isSet(QStringLiteral("json")))
         out(QString::fromUtf8(QJsonDocument(QJsonObject{{"disks", DeviceRows::json(rows)}}).toJson()));
     else
         out(DeviceRows::text(rows));
+    return CliApp::Ok;
+}
+
+struct Target {
+    bool wholeDisk = false;
+    QChar letter;
+    int disk = -1;
+    QString diskName;
+};
+
+QString diskNameOf(DeviceLayer& layer, int disk)
+{
+    const auto identity = layer.diskIdentity(disk);
+    if (identity && !identity->model.isEmpty())
+        return QString::fromUtf8(identity->model);
+    return QString::fromUtf8(layer.diskFriendlyName(disk));
+}
+
+Failure letterOfImagePartition(DeviceLayer& layer, int disk, int partition, QChar* letter)
+{
+    const auto layout = layer.driveLayout(disk);
+    const int count = layout ? int(layout->entries.size()) : 0;
+    QList<QChar> letters(count);
+    for (QChar c : layer.lettersOfDisk(disk)) {
+        const auto entry = layer.partitionOfLetter(c);
+        for (int i = 0; i < count && entry; ++i) {
+            if (layout->entries[i].startingOffset == entry->startingOffset)
+                letters[i] = c;
+        }
+    }
+    if (partition == 0) {
+        QList<int> lettered;
+        for (int i = 0; i < count; ++i)
+            if (!letters[i].isNull())
+                lettered.append(i + 1);
+        if (lettered.isEmpty())
+            return {CliApp::Unrecognised, QString::fromUtf8(kUnrecognised)};
+        if (lettered.size() > 1)
+            return {CliApp::BadPartition, QStringLiteral("the image holds %1 volumes: choose one with IMAGE@N").arg(lettered.size())};
+        partition = lettered.first();
+    }
+    if (partition < 1 || partition > count)
+        return {CliApp::BadPartition, QStringLiteral("partition %1 out of range (the image has %2)").arg(partition).arg(count)};
+    *letter = letters[partition - 1];
+    if (letter->isNull())
+        return {CliApp::Unrecognised, QString::fromUtf8(kUnrecognised)};
+    return {};
+}
+
+Failure resolve(Devices& devices, const SourceSpec& spec, bool wholeDisk, Target* t)
+{
+    DeviceLayer& layer = devices.layer();
+    t->wholeDisk = wholeDisk;
+    switch (spec.kind) {
+    case SourceSpec::Letter:
+        t->letter = spec.letter;
+        t->disk = layer.deviceNumberOfLetter(spec.letter);
+        if (t->disk < 0)
+            return {CliApp::NoSource, QStringLiteral("no volume has the letter %1").arg(spec.letter)};
+        break;
+    case SourceSpec::Disk:
+        if (!layer.listDisks().contains(spec.disk))
+            return {CliApp::NoSource, QStringLiteral("no disk %1").arg(spec.disk)};
+        if (!wholeDisk)
+            return {CliApp::Usage, QStringLiteral("a whole disk is searched with --mode partition")};
+        t->disk = spec.disk;
+        break;
+    case SourceSpec::Image: {
+        int error = 0;
+        t->disk = devices.layer().addImageFile(spec.imagePath, &error);
+        if (t->disk < 0)
+            return {CliApp::NoSource, QStringLiteral("cannot open image %1: %2").arg(spec.imagePath, QString::fromLocal8Bit(strerror(error)))};
+        if (!wholeDisk) {
+            const Failure f = letterOfImagePartition(layer, t->disk, spec.partition, &t->letter);
+            if (f.code != CliApp::Ok)
+                return f;
+        }
+        break;
+    }
+    }
+    t->diskName = diskNameOf(layer, t->disk);
+    return {};
+}
+
+struct ScanOptions {
+    bool wholeDisk = false;
+    bool doExtra = false;
+    QString fileFilter = QStringLiteral("*");
+};
+
+Failure scanOptions(const QCommandLineParser& parser, ScanOptions* o)
+{
+    const QString mode = parser.value(QStringLiteral("mode"));
+    if (mode == QLatin1String("file")) {
+        o->doExtra = parser.isSet(QStringLiteral("deep"));
+        if (parser.isSet(QStringLiteral("types")))
+            o->fileFilter = parser.value(QStringLiteral("types"));
+    } else if (mode == QLatin1String("format")) {
+        o->doExtra = true;
+    } else if (mode == QLatin1String("partition")) {
+        o->wholeDisk = true;
+    } else {
+        return {CliApp::Usage, QStringLiteral("unknown mode %1 (file, format or partition)").arg(mode)};
+    }
+    return {};
+}
+
+std::unique_ptr<ScanSession> makeSession(const Target& t, const ScanOptions& o, Failure* f)
+{
+    PartScan* scanner = nullptr;
+    QString rootName;
+    bool fat32 = false;
+    if (t.wholeDisk) {
+        scanner = ScannerFactory::forDisk(t.disk);
+        rootName = t.diskName;
+    } else {
+        scanner = ScannerFactory::forVolume(t.letter);
+        if (!scanner) {
+            *f = {CliApp::Unrecognised, QString::fromUtf8(kUnrecognised)};
+            return nullptr;
+        }
+        rootName = scanner->deviceName;
+        fat32 = ScannerFactory::kindForType(DeviceLayer::instance().partitionTypeOfLetter(t.letter)) == QLatin1String("fat32");
+    }
+    auto session = std::make_unique<ScanSession>(scanner, rootName, fat32);
+    session->setOptions(o.fileFilter, o.doExtra);
+    return session;
+}
+
+void addScanOptions(QCommandLineParser& parser)
+{
+    addCommonOptions(parser);
+    parser.addOption({QStringLiteral("mode"), QStringLiteral("file (quick scan), format (deep scan, all types) or partition (whole-disk search)."),
+                      QStringLiteral("MODE"), QStringLiteral("file")});
+    parser.addOption({QStringLiteral("deep"), QStringLiteral("File mode: also find files by their signatures.")});
+    parser.addOption({QStringLiteral("types"), QStringLiteral("File mode: name endings joined by \";\"."), QStringLiteral("LIST")});
+    parser.addPositionalArgument(QStringLiteral("SOURCE"), QStringLiteral("E, disk:N, IMAGE or IMAGE@N"));
+}
+
+int fail(const Failure& f)
+{
+    err(QStringLiteral("ostrel-cli: %1\n").arg(f.message));
+    return f.code;
+}
+
+int scanOrRestore(const QStringList& args, bool restore)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(restore ? QStringLiteral("Scan SOURCE, then write the found files below DIR.")
+                                             : QStringLiteral("Scan SOURCE and print the rebuilt tree."));
+    addScanOptions(parser);
+    if (restore) {
+        parser.addOption({QStringLiteral("to"), QStringLiteral("Target folder."), QStringLiteral("DIR")});
+        parser.addOption({QStringLiteral("only"), QStringLiteral("Restore only this folder of the tree (repeatable)."), QStringLiteral("PATH")});
+    }
+    parser.process(args);
+    if (parser.positionalArguments().size() != 1)
+        return fail({CliApp::Usage, QStringLiteral("give exactly one SOURCE (see --help)")});
+    if (restore && parser.value(QStringLiteral("to")).isEmpty())
+        return fail({CliApp::Usage, QStringLiteral("restore needs --to DIR")});
+
+    ScanOptions options;
+    Failure f = scanOptions(parser, &options);
+    if (f.code != CliApp::Ok)
+        return fail(f);
+    SourceSpec spec;
+    QString parseError;
+    if (!SourceSpec::parse(parser.positionalArguments().first(), &spec, &parseError))
+        return fail({CliApp::BadPartition, parseError});
+    Devices devices(parser.isSet(QStringLiteral("images-only")));
+    f = devices.addImages(parser.values(QStringLiteral("image")));
+    if (f.code != CliApp::Ok)
+        return fail(f);
+    Target target;
+    f = resolve(devices, spec, options.wholeDisk, &target);
+    if (f.code != CliApp::Ok)
+        return fail(f);
+
+    QString targetDir;
+    if (restore) {
+        targetDir = QDir(parser.value(QStringLiteral("to"))).absolutePath();
+        const QString mount = target.letter.isNull() ? QString() : DeviceLayer::instance().mountPointOfLetter(target.letter);
+        if (!mount.isEmpty() && (targetDir + '/').startsWith(QDir(mount).absolutePath().append('/').replace("//", "/")))
+            return fail({CliApp::BadTarget, QStringLiteral("%1 lies on the volume being recovered (mounted at %2): "
+                                                            "restoring there would overwrite lost files").arg(targetDir, mount)});
+        if (!QDir().mkpath(targetDir))
+            return fail({CliApp::BadTarget, QStringLiteral("cannot create %1").arg(targetDir)});
+    }
+
+    std::unique_ptr<ScanSession> session = makeSession(target, options, &f);
+    if (!session)
+        return fail(f);
+    session->setShowProgress(Console::stderrIsTerminal());
+    session->scan();
+
+    QJsonObject doc;
+    const bool json = parser.isSet(QStringLiteral("json"));
+    if (!restore) {
+        if (json)
+            doc = TreeReport::json(session->root());
+        else
+            out(TreeReport::text(session->root()));
+    }
+    if (restore) {
+        const QStringList only = parser.values(QStringLiteral("only"));
+        if (!only.isEmpty()) {
+            CheckStates::set(session->root(), 0);
+            for (const QString& path : only) {
+                FolderNode* folder = TreeReport::find(session->root(), path);
+                if (!folder)
+                    return fail({CliApp::Usage, QStringLiteral("no folder %1 in the results").arg(path)});
+                CheckStates::set(folder, 2);
+            }
+        }
+        session->restore(targetDir);
+        if (json)
+            doc = TreeReport::json(session->root());
+    }
+    if (session->interrupted())
+        err(QStringLiteral("ostrel-cli: stopped; the results so far follow\n"));
+    const QString totals = QStringLiteral("results=%1,totalsize=%2").arg(session->results()).arg(session->totalSize());
+    if (json) {
+        doc.insert("results", double(session->results()));
+        doc.insert("totalSize", double(session->totalSize()));
+        if (restore) {
+            doc.insert("restoredFiles", double(session->restoredFiles()));
+            doc.insert("restoredBytes", double(session->restoredBytes()));
+            doc.insert("target", targetDir);
+        }
+        out(QString::fromUtf8(QJsonDocument(doc).toJson()));
+    } else {
+        out(totals + QLatin1Char('\n'));
+        if (restore)
+            out(QStringLiteral("restored %1 files, %2 bytes to %3\n").arg(session->restoredFiles()).arg(session->restoredBytes()).arg(targetDir));
+    }
     return CliApp::Ok;
 }
 
@@ -58,12 +357,19 @@ void usage()
                        "       ostrel-cli scan [--mode file|format|partition] [--deep] [--types \".jpg;.png\"] [--json] SOURCE\n"
                        "       ostrel-cli restore [scan options] [--only PATH]... --to DIR SOURCE\n"
                        "SOURCE is a drive letter (E), a disk (disk:N), or an image file, optionally with a\n"
-                       "1-based partition (card.img@1). Run a command with --help for its options.\n"));
+                       "1-based partition (card.img@1). Run a command with --help for its options;\n"
+                       "--verbose shows the scanners' progress traces.\n"
+                       "Exit status: 0 done, 2 usage, 3 no such source, 4 partition out of range,\n"
+                       "5 bad target folder, 6 unrecognised file system, 7 fatal scan error.\n"));
 }
 } // namespace
 
-int CliApp::run(const QStringList& arguments)
+int CliApp::run(const QStringList& args)
 {
+    QStringList arguments = args;
+    verbose = arguments.removeAll(QStringLiteral("--verbose")) > 0;
+    qInstallMessageHandler(messageHandler);
+    Interrupt::install();
     if (arguments.size() < 2) {
         usage();
         return Usage;
@@ -71,8 +377,13 @@ int CliApp::run(const QStringList& arguments)
     const QString command = arguments.at(1);
     QStringList rest = arguments;
     rest.removeAt(1);
+    rest[0] = rest[0] + QLatin1Char(' ') + command;
     if (command == QLatin1String("devices"))
         return devicesCommand(rest);
+    if (command == QLatin1String("scan"))
+        return scanOrRestore(rest, false);
+    if (command == QLatin1String("restore"))
+        return scanOrRestore(rest, true);
     if (command == QLatin1String("--help") || command == QLatin1String("-h") || command == QLatin1String("help")) {
         usage();
         return Ok;

@@ -11,6 +11,7 @@ public:
         BadPartition = 4,   // partition index out of range
         BadTarget = 5,      // target folder cannot be made or lies on the source
         Unrecognised = 6,   // neither NTFS nor FAT32
+        Fatal = 7,          // the scan met a fatal condition (its message is printed)
         Interrupted = 130,
     };
     static int run(const QStringList& arguments);

@@ -40,10 +40,12 @@ int PartScan::getPartType()
 
 qint64 PartScan::read(void* buffer, quint64 bytes, quint64 position)
 {
-    QMutexLocker lock(&mutex);
+    QMutexLocker lock(handleLock);
     const qint64 got = handle.read(buffer, bytes, position);
     if (got < 0)
         qCritical("%s ReadFile return: %lu", "PartScan::read", static_cast<unsigned long>(errno));
+    else
+        *bytesCounter += quint64(got);
     return got;
 }
 

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QThread>
 #include <QWaitCondition>
+#include <atomic>
 
 struct FolderNode;
 struct FoundFile;
@@ -48,11 +49,18 @@ public:
     int partIndex = 0;
     quint64 partOffset = 0;
     QString restoreDir;
-    QMutex mutex; // guards runState changes and every read on handle
+    QMutex mutex; // guards runState changes and, by default, every read on handle
+    // The lock read() takes. A disk search points its partition scanners at one
+    // lock of its own, so the search, the scanners and previews share the disk.
+    QMutex* handleLock = &mutex;
     QWaitCondition pauseCond;
     int runState = Running;
     QString deviceName;
     DeviceHandle handle;
+    // Bytes read from the device so far, for throughput figures. A disk search
+    // points its partition scanners' counter at its own.
+    std::atomic<quint64> bytesRead{0};
+    std::atomic<quint64>* bytesCounter = &bytesRead;
 
 signals:
     void scanBegin(int total);
