@@ -74,15 +74,14 @@ NtfsVolumeScan::~NtfsVolumeScan()
     delete mftInfo.file;
 }
 
+// The scanner owns the volume folder it was given and everything below it;
+// whoever made the top node above it only unhooks it.
 void NtfsVolumeScan::freeTree()
 {
-    if (!rootFolder)
-        return;
     QWriteLocker lock(&ResultTreeLock::lock());
-    qDeleteAll(rootFolder->children);
-    rootFolder->children.clear();
-    qDeleteAll(rootFolder->files);
-    rootFolder->files.clear();
+    delete rootFolder;
+    rootFolder = nullptr;
+    orphanFolder = nullptr;
 }
 
 void NtfsVolumeScan::setRunning(bool running) { pauseOrResume(running); }

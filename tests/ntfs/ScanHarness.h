@@ -25,6 +25,13 @@ struct ScanHarness {
         scan->fileFilter = filter;
     }
 
+    // The scanner frees the volume folder with its tree; the top node only lets go of it.
+    ~ScanHarness()
+    {
+        scan.reset();
+        top.children.clear();
+    }
+
     void run()
     {
         QSignalSpy done(scan.get(), &PartScan::scanDone);

@@ -155,8 +155,8 @@ TEST(NtfsVolumeScan, RestoreWritesCheckedFoldersBelowTheTarget)
     h.scan->start();
     waitForThread(h.scan.get());
     const QString allRoot = all.path() + "/vol/";
-    for (const QString& path : {"docs/frag.bin", "docs/sparse.bin", "docs/small.txt", "docs/first.txt"})
-        EXPECT_TRUE(readFile(allRoot + path) == v.expected[path]) << path.toStdString();
+    for (const char* path : {"docs/frag.bin", "docs/sparse.bin", "docs/small.txt", "docs/first.txt"})
+        EXPECT_TRUE(readFile(allRoot + path) == v.expected[path]) << path;
     EXPECT_TRUE(readFile(allRoot + "docs/_.._") == v.expected["docs/.."]) << "a name of '..' stays inside";
 }
 
@@ -261,10 +261,12 @@ TEST(NtfsVolumeScan, ReadsEveryGeometry)
         h.run();
         const auto files = h.files();
         EXPECT_EQ(files.keys(), QStringList({"gone/big.bin", "gone/small.txt"}));
-        if (files.contains("gone/big.bin"))
+        if (files.contains("gone/big.bin")) {
             EXPECT_TRUE(h.content(files["gone/big.bin"]) == big);
-        if (files.contains("gone/small.txt"))
+        }
+        if (files.contains("gone/small.txt")) {
             EXPECT_TRUE(h.content(files["gone/small.txt"]) == pattern(90, 2));
+        }
     }
 }
 
@@ -313,8 +315,9 @@ TEST(NtfsVolumeScan, ReachesRecordsBehindTheMftAndStopsAtTheVolumesEnd)
     h.run();
     const auto files = h.files();
     EXPECT_EQ(files.keys(), QStringList({"old.txt"}));
-    if (files.contains("old.txt"))
+    if (files.contains("old.txt")) {
         EXPECT_TRUE(h.content(files["old.txt"]) == stale.content) << "read again by its number";
+    }
 }
 
 namespace {
