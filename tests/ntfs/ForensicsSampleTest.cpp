@@ -1,12 +1,10 @@
 // The sample NTFS disk of Debian's forensics-samples: a deleted folder of
 // files of each kind, all recovered by a quick scan and restored byte-identical.
+#include "CliRunner.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMap>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -34,23 +32,9 @@ QByteArray maskPngTime(QByteArray png)
     return png;
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-bool decompress(const QString& from, const QString& to)
-{
-    QProcess xz;
-    xz.setStandardOutputFile(to);
-    xz.start(QStringLiteral("xz"), {QStringLiteral("-dc"), from});
-    return xz.waitForFinished(120000) && xz.exitStatus() == QProcess::NormalExit && xz.exitCode() == 0;
-}
-
 void expectSameAsOriginal(const QString& relative, const QByteArray& restored)
 {
-    QByteArray original = readAll(kOriginals + QLatin1Char('/') + relative);
+    QByteArray original = CliRunner::readAll(kOriginals + QLatin1Char('/') + relative);
     ASSERT_FALSE(original.isEmpty()) << relative.toStdString();
     if (relative.endsWith(QLatin1String(".png")))
         EXPECT_TRUE(maskPngTime(original) == maskPngTime(restored)) << relative.toStdString();
@@ -66,29 +50,8 @@ protected:
             GTEST_SKIP() << "forensics-samples-ntfs is not installed";
         ASSERT_TRUE(tmp.isValid());
         image = tmp.filePath(QStringLiteral("fs.ntfs"));
-        ASSERT_TRUE(decompress(kSample, image));
+        ASSERT_TRUE(CliRunner::decompress(kSample, image));
     }
-    // The build folder; test executables lie one level below it.
-    static QString binaryDir()
-    {
-        const QString fromEnv = qEnvironmentVariable("OSTREL_BINARY_DIR");
-        return fromEnv.isEmpty() ? QCoreApplication::applicationDirPath() + QStringLiteral("/..") : fromEnv;
-    }
-
-    // Runs ostrel-cli to its end and returns what it printed; a failing run fails the test.
-    static QString cli(const QStringList& arguments)
-    {
-        QProcess p;
-        p.setProgram(binaryDir() + QStringLiteral("/ostrel-cli"));
-        p.setArguments(arguments);
-        p.start();
-        const bool finished = p.waitForFinished(300000);
-        EXPECT_TRUE(finished && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0)
-            << p.program().toStdString() << " " << arguments.join(QLatin1Char(' ')).toStdString() << ": " << p.errorString().toStdString() << " exit "
-            << p.exitCode() << " " << p.readAllStandardError().toStdString();
-        return QString::fromUtf8(p.readAllStandardOutput());
-    }
-
     QTemporaryDir tmp;
     QString image;
 };
@@ -97,13 +60,8 @@ protected:
 TEST_F(ForensicsSample, QuickScanListsAndRestoresTheDeletedFilesThroughTheCommandLine)
 {
     const QString source = image + QStringLiteral("@1");
-    const QString scanOut = cli({QStringLiteral("scan"), source});
-    QMap<QString, quint64> listed;
-    for (const QString& line : scanOut.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        const QStringList fields = line.split(QLatin1Char('\t'));
-        if (fields.size() == 3)
-            listed.insert(fields[0], fields[1].toULongLong());
-    }
+    const QString scanOut = CliRunner::run({QStringLiteral("scan"), source});
+    const QMap<QString, quint64> listed = CliRunner::listing(scanOut);
     for (const QString& name : kDeleted) {
         SCOPED_TRACE(name.toStdString());
         ASSERT_TRUE(listed.contains(QStringLiteral("C/") + name));
@@ -111,7 +69,7 @@ TEST_F(ForensicsSample, QuickScanListsAndRestoresTheDeletedFilesThroughTheComman
     }
 
     const QString target = tmp.filePath(QStringLiteral("out"));
-    cli({QStringLiteral("restore"), QStringLiteral("--to"), target, source});
+    CliRunner::run({QStringLiteral("restore"), QStringLiteral("--to"), target, source});
     for (const QString& name : kDeleted)
-        expectSameAsOriginal(name, readAll(target + QStringLiteral("/C/") + name));
+        expectSameAsOriginal(name, CliRunner::readAll(target + QStringLiteral("/C/") + name));
 }
