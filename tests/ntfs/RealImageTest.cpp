@@ -4,11 +4,15 @@
 #include "CliRunner.h"
 
 #include <QCryptographicHash>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 TEST(RealNtfsImage, DeletedFilesAndFoldersComeBackUnderTheirUnicodePaths)
 {
-    const QString fixtures = qEnvironmentVariable("OSTREL_SOURCE_DIR") + QStringLiteral("/tests/fixtures/");
+    // Beside this file when the test runs outside ctest.
+    const QString source = qEnvironmentVariable("OSTREL_SOURCE_DIR");
+    const QString fixtures = source.isEmpty() ? QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../fixtures/")
+                                              : source + QStringLiteral("/tests/fixtures/");
     QTemporaryDir tmp;
     const QString image = tmp.filePath(QStringLiteral("real-ntfs.img"));
     ASSERT_TRUE(CliRunner::decompress(fixtures + QStringLiteral("real-ntfs.img.xz"), image));
