@@ -391,6 +391,16 @@ TEST(NtfsVolumeScan, MarksTheFirstClusterOfEachFoundRunForTheCarvingPass)
     EXPECT_FALSE(bit(probe->seen, c + 1)) << "only where a run begins";
     EXPECT_FALSE(bit(probe->seen, gap)) << "free, and no run begins there";
     EXPECT_TRUE(h.scan->clusterBitmap.isEmpty()) << "freed behind the carving pass";
+
+    QByteArray noBitmap = image; // $Bitmap's record unreadable: the scan goes on without marks
+    noBitmap.replace(int(b.slotOffset(6)), 4, "BAAD");
+    auto* blind = new BitmapProbe(QStringLiteral("vol"), DeviceHandle(std::make_shared<MemorySource>(noBitmap)), 0);
+    blind->doExtra = true;
+    ScanHarness h2(blind);
+    h2.run();
+    EXPECT_TRUE(blind->seen.isEmpty());
+    EXPECT_EQ(blind->seenClusters, 0u);
+    EXPECT_EQ(h2.files().keys(), QStringList({"frag.bin"}));
 }
 
 TEST(NtfsVolumeScanDeathTest, RefusesWhatItCannotScan)
