@@ -207,8 +207,9 @@ bool NtfsVolumeScan::decodeData(const uint8_t* record, int attrOffset, quint32 a
     }
     if (listOffset < attrLength)
         RunList::decode(record + attrOffset + listOffset, attrLength - listOffset, volumeClusters, &file->runs);
-    if (!file->runs.isEmpty())
-        file->size = qMin(file->size, checked::mulSat(RunList::clusterTotal(file->runs), geometry.clusterBytes));
+    // No content reaches past what the runs describe, nor, without runs, past the volume.
+    const quint64 described = file->runs.isEmpty() ? volumeClusters : RunList::clusterTotal(file->runs);
+    file->size = qMin(file->size, checked::mulSat(described, geometry.clusterBytes));
     return true;
 }
 

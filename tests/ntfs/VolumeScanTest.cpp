@@ -432,3 +432,26 @@ TEST(NtfsVolumeScanDeathTest, RefusesWhatItCannotScan)
         },
         "cannot read record cluster 24");
 }
+
+TEST(NtfsVolumeScan, SurvivesDamagedRecords)
+{
+    ShapesVolume v;
+    // Records 16 onward lie behind the sixteen system records; damage them byte by byte.
+    const int first = int(v.b.slotOffset(16));
+    const int end = int(v.b.slotOffset(40));
+    quint32 seed = 12345;
+    const auto next = [&seed] { return seed = seed * 1103515245u + 12345u; };
+    for (int round = 0; round < 200; ++round) {
+        QByteArray damaged = v.image;
+        for (int i = 0; i < 40; ++i)
+            damaged[first + int(next() % quint32(end - first))] = char(next() >> 16);
+        ScanHarness h(scannerOn(damaged));
+        h.run();
+        QTemporaryDir out;
+        h.scan->setRestoreDir(out.path());
+        h.scan->start();
+        waitForThread(h.scan.get());
+        for (NtfsFile* f : h.files())
+            h.content(f);
+    }
+}
