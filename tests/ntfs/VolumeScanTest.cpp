@@ -423,6 +423,17 @@ TEST(NtfsVolumeScanDeathTest, RefusesWhatItCannotScan)
     EXPECT_DEATH(scannerOn(noBitmap.build()), "\\$MFT record has no \\$BITMAP");
     EXPECT_DEATH(scannerOn(QByteArray(100, '\0')), "cannot read boot sector");
 
+    struct Failing {
+        quint64 position;
+        const char* message;
+    };
+    // The builder puts $MFT at cluster 4 and its $BITMAP at cluster 1.
+    for (const Failing& f : {Failing{4 * 4096, "cannot read \\$MFT record"},
+                             Failing{1 * 4096, "cannot read main mft bitmap"}}) {
+        auto source = std::make_shared<MemorySource>(good);
+        source->setReadFilter([f](quint64 pos, quint64) { return pos != f.position; });
+        EXPECT_DEATH(new NtfsVolumeScan("vol", DeviceHandle(source), 0), f.message);
+    }
     auto failing = std::make_shared<MemorySource>(good);
     failing->setReadFilter([](quint64 pos, quint64) { return pos != 6 * 4096; });
     EXPECT_DEATH(
