@@ -152,7 +152,7 @@ void NtfsVolumeScan::readMftBitmap(const uint8_t* record, int attrOffset, quint3
     }
     const quint64 allocated = qMin<quint64>(r.u64(kAllocatedSizeOffset) & 0xFFFFFFFFu, maxBytes);
     const quint64 arrayClusters = ceilDiv(allocated, geometry.clusterBytes);
-    mftBitmap = QByteArray(int(arrayClusters << geometry.clusterShift), '\0');
+    mftBitmap = QByteArray(qsizetype(arrayClusters << geometry.clusterShift), '\0');
     QList<DataRun*> runs;
     const quint16 listOffset = r.u16(kRunListOffset);
     if (r.ok() && listOffset < attrLength)
@@ -358,7 +358,7 @@ void NtfsVolumeScan::loadClusterBitmap()
     // One bit per cluster of the volume; a longer first run holds nothing more.
     const quint64 needed = ceilDiv(ceilDiv(volumeClusters, 8), geometry.clusterBytes);
     bitmapClusters = qMin(bitmapFile.runs.first()->length, needed);
-    clusterBitmap = QByteArray(int(bitmapClusters << geometry.clusterShift), '\0');
+    clusterBitmap = QByteArray(qsizetype(bitmapClusters << geometry.clusterShift), '\0');
     readClusters(clusterBitmap.data(), quint32(bitmapClusters), 0, bitmapFile.runs);
 }
 
@@ -405,7 +405,7 @@ bool NtfsVolumeScan::recordLoop(qint64 limit, quint64 recordCount, ScanTotals* t
 bool NtfsVolumeScan::recordInUse(quint64 position) const
 {
     const quint64 byte = position / 8;
-    return byte < quint64(mftBitmap.size()) && (quint8(mftBitmap.at(int(byte))) >> (position % 8)) & 1;
+    return byte < quint64(mftBitmap.size()) && (quint8(mftBitmap.at(qsizetype(byte))) >> (position % 8)) & 1;
 }
 
 void NtfsVolumeScan::scanRecord(uint8_t* record, quint64 position, quint64 recordCount, ScanTotals* totals)
@@ -518,7 +518,8 @@ void NtfsVolumeScan::markClusters(const NtfsFile* file)
     for (const DataRun* run : file->runs) {
         if (run->length == 0 || run->sparse || run->lcn / 8 >= quint64(clusterBitmap.size()))
             continue;
-        clusterBitmap[int(run->lcn / 8)] = char(quint8(clusterBitmap.at(int(run->lcn / 8))) | (1u << (run->lcn % 8)));
+        const qsizetype byte = qsizetype(run->lcn / 8);
+        clusterBitmap[byte] = char(quint8(clusterBitmap.at(byte)) | (1u << (run->lcn % 8)));
     }
 }
 
