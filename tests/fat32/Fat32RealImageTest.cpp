@@ -1,6 +1,7 @@
 // Images written by real FAT32 tools, scanned and restored through ostrel-cli.
 #include "PrintQString.h"
 #include "fixtures/Fat32ImageBuilder.h"
+#include "fixtures/TestPaths.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -18,18 +19,10 @@ struct CliRun {
     QStringList lines;
 };
 
-// ctest passes only the first variable of the test environment to discovered
-// tests; the build tree is then found from this executable, which lies in tests/.
-QString binaryDir()
-{
-    const QString dir = qEnvironmentVariable("OSTREL_BINARY_DIR");
-    return dir.isEmpty() ? QCoreApplication::applicationDirPath() + "/.." : dir;
-}
-
 CliRun runCli(const QStringList& args)
 {
     QProcess p;
-    p.start(binaryDir() + "/ostrel-cli", args);
+    p.start(TestPaths::cli(), args);
     CliRun r;
     if (!p.waitForFinished(kCliTimeoutMsecs)) {
         ADD_FAILURE() << "ostrel-cli: " << p.errorString().toStdString();
@@ -79,7 +72,7 @@ QByteArray maskPngTime(QByteArray png)
 TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
 {
     QTemporaryDir dir;
-    const QString image = unxz(qEnvironmentVariable("OSTREL_SOURCE_DIR") + "/tests/fixtures/fat32-mtools.img.xz", dir, "m.img");
+    const QString image = unxz(TestPaths::sourceDir() + "/tests/fixtures/fat32-mtools.img.xz", dir, "m.img");
     ASSERT_FALSE(image.isEmpty());
     struct Case {
         QString path;
