@@ -1,5 +1,6 @@
 // Images written by real FAT32 tools, scanned and restored through ostrel-cli.
 #include "PrintQString.h"
+#include "fixtures/CliRunner.h"
 #include "fixtures/Fat32ImageBuilder.h"
 #include "fixtures/TestPaths.h"
 
@@ -11,62 +12,23 @@
 #include <gtest/gtest.h>
 
 namespace {
-constexpr int kCliTimeoutMsecs = 300000;
 const char kSamples[] = "/usr/share/forensics-samples";
 
-struct CliRun {
-    int exitCode = -1;
-    QStringList lines;
-};
-
-CliRun runCli(const QStringList& args)
+CliResult runCli(const QStringList& args)
 {
-    QProcess p;
-    p.start(TestPaths::cli(), args);
-    CliRun r;
-    if (!p.waitForFinished(kCliTimeoutMsecs)) {
-        ADD_FAILURE() << "ostrel-cli: " << p.errorString().toStdString();
-        return r;
-    }
-    r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    const CliResult r = CliRunner::run(args);
     if (r.exitCode != 0)
-        ADD_FAILURE() << "ostrel-cli: " << p.readAllStandardError().toStdString();
-    r.lines = QString::fromUtf8(p.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+        ADD_FAILURE() << "ostrel-cli: " << r.errors.toStdString();
     return r;
 }
 
-// Decompresses an xz file into dir; the path of the result, or empty.
 QString unxz(const QString& xzPath, const QTemporaryDir& dir, const QString& name)
 {
-    const QString out = dir.filePath(name);
-    QProcess p;
-    p.setStandardOutputFile(out);
-    p.start("xz", {"-dc", xzPath});
-    return p.waitForFinished(kCliTimeoutMsecs) && p.exitCode() == 0 ? out : QString();
+    return CliRunner::unxz(xzPath, dir.path(), name);
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
-
-// A PNG with the data of its tIME chunks (and their CRCs) zeroed: the time a
-// copy was saved is all that may differ between two copies of one picture.
-QByteArray maskPngTime(QByteArray png)
-{
-    int at = 8;
-    while (at + 12 <= png.size()) {
-        const quint32 length = (quint32(uchar(png[at])) << 24) | (quint32(uchar(png[at + 1])) << 16)
-                             | (quint32(uchar(png[at + 2])) << 8) | quint32(uchar(png[at + 3]));
-        if (length > quint32(png.size() - at - 12))
-            break;
-        if (png.mid(at + 4, 4) == "tIME")
-            png.replace(at + 8, int(length) + 4, QByteArray(int(length) + 4, '\0'));
-        at += int(length) + 12;
-    }
-    return png;
-}
+QByteArray readAll(const QString& path) { return CliRunner::readFile(path); }
+QByteArray maskPngTime(const QByteArray& png) { return CliRunner::maskPngTime(png); }
 } // namespace
 
 TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
@@ -94,7 +56,7 @@ TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
     for (const Case& c : cases)
         expected << QStringLiteral("C/%1\t%2\t2021-06-15T02:30:00Z").arg(c.path).arg(c.size);
     expected << "results=8,totalsize=111800";
-    const CliRun scan = runCli({"scan", image});
+    const CliResult scan = runCli({"scan", image});
     EXPECT_EQ(scan.exitCode, 0);
     EXPECT_EQ(scan.lines, expected);
 
@@ -131,7 +93,7 @@ TEST(Fat32RealImage, ForensicsSampleDeletedFoldersAreRestoredByteForByte)
         total += quint64(size);
     }
     expected << QStringLiteral("results=16,totalsize=%1").arg(total);
-    const CliRun scan = runCli({"scan", image + "@1"});
+    const CliResult scan = runCli({"scan", image + "@1"});
     EXPECT_EQ(scan.exitCode, 0);
     QStringList listed;
     for (const QString& line : scan.lines)
