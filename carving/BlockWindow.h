@@ -1,0 +1,53 @@
+#pragma once
+#include <QtGlobal>
+#include <functional>
+#include <limits>
+#include <vector>
+
+// Serves the blocks of a volume walk from large reads: a block asked for
+// brings in the chunk around it, and the next blocks come from memory. A block
+// is handed out only when all of its bytes were read, exactly as if it had been
+// read alone; blocks a chunk read did not deliver are read alone on demand.
+class BlockWindow {
+public:
+    // Returns bytes read (possibly short, 0 at the end of the device) or -1.
+    using ReadFn = std::function<qint64(void* buffer, quint64 bytes, quint64 volumeByteOffset)>;
+    // Whether the walk will ask for a block; a chunk is not read past its last wanted block.
+    using WantedFn = std::function<bool(quint64 block)>;
+
+    struct Layout {
+        quint64 blockBytes = 0;  // a power of two
+        quint64 firstBlock = 0;  // number of the block at firstOffset
+        quint64 firstOffset = 0; // volume byte offset of firstBlock
+        quint64 endBlock = 0;    // blocks from here on are never read
+    };
+
+    static constexpr quint64 kChunkBytes = quint64(1) << 20; // large enough to amortise a read, small enough to keep
+
+    BlockWindow(ReadFn read, const Layout& layout, WantedFn wanted);
+
+    // The block's bytes, valid until the next call, or null when they could
+    // not all be read. Blocks are expected in ascending order.
+    const uchar* block(quint64 index);
+
+    // True when the block lies at or behind a position where the device
+    // reported its end: it and every later block can't be read.
+    bool pastEnd(quint64 index) const;
+
+private:
+    void load(quint64 index);
+    const uchar* readAlone(quint64 index);
+    bool offsetOf(quint64 index, quint64* offset) const;
+    void noteEnd(qint64 got, quint64 offset);
+    uchar* slot(quint64 index) { return m_buffer.data() + (index - m_start) * m_layout.blockBytes; }
+
+    ReadFn m_read;
+    Layout m_layout;
+    WantedFn m_wanted;
+    quint64 m_blocksPerChunk;
+    std::vector<uchar> m_buffer;
+    quint64 m_start = 0;    // window [m_start, m_end) of block numbers
+    quint64 m_end = 0;
+    quint64 m_readEnd = 0;  // blocks below this came whole from the chunk read
+    quint64 m_deviceEnd = std::numeric_limits<quint64>::max();
+};

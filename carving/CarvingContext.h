@@ -1,0 +1,37 @@
+#pragma once
+#include <QtGlobal>
+#include <functional>
+
+struct FolderNode;
+
+// What the carving pass needs of the scanner that runs it. The three counters
+// go on from the metadata pass and are written back as the pass goes.
+struct CarvingContext {
+    FolderNode* root = nullptr; // the volume folder; "额外文件" goes below it
+    int partIndex = 0;
+    // Reads at a byte offset from the start of the volume (the scanner adds its
+    // partOffset). Returns bytes read, short or 0 at the end, or -1.
+    std::function<qint64(void* buffer, quint64 bytes, quint64 volumeByteOffset)> read;
+    // The scanner's pause-and-stop check: waits while paused, true to stop.
+    std::function<bool()> checkPoint;
+    // Progress on FAT32, with the low 32 bits of the running number. May be empty.
+    std::function<void(int done)> scanOne;
+    quint64* runningNumber = nullptr;
+    quint64* results = nullptr;
+    quint64* totalSize = nullptr;
+};
+
+// An NTFS volume as the pass walks it: the clear bits of the cluster bitmap.
+struct NtfsCarvingGeometry {
+    quint32 clusterBytes = 4096;     // from the boot sector; a power of two
+    const quint8* bitmap = nullptr;  // null: every cluster counts as free
+    quint64 bitmapBytes = 0;         // bytes of bitmap to walk
+    quint64 clusterCount = 0;        // clusters on the volume; 0 with a bitmap: as many as it describes
+};
+
+// A FAT32 volume as the pass walks it: every cluster the FAT has an entry for, from 8 on.
+struct Fat32CarvingGeometry {
+    quint32 clusterBytes = 0; // a power of two
+    quint64 dataOffset = 0;   // volume byte offset of cluster 2
+    quint64 fatBytes = 0;     // size of one FAT: fatBytes / 4 entries
+};

@@ -1,0 +1,70 @@
+#include "fat32/Fat32DirEntry.h"
+#include "scan/LeReader.h"
+
+namespace {
+constexpr size_t kName = 0x00;
+constexpr size_t kNameLength = 8;
+constexpr size_t kExtension = 0x08;
+constexpr size_t kExtensionLength = 3;
+constexpr size_t kAttributes = 0x0B;
+constexpr size_t kClusterHigh = 0x14;
+constexpr size_t kWriteTime = 0x16;
+constexpr size_t kWriteDate = 0x18;
+constexpr size_t kClusterLow = 0x1A;
+constexpr size_t kSize = 0x1C;
+constexpr char kDeletedLetter = '_';
+
+// Days before each month in a common year; months 12 to 15 don't exist and count 0.
+constexpr int kDaysBeforeMonth[16] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 0, 0, 0, 0};
+// 1980-01-01 00:00 at UTC+8 plus the one day that the day count leaves out.
+constexpr qint64 kEpochOffsetSeconds = 315590400;
+constexpr qint64 kSecondsPerDay = 86400;
+
+QString blankPadded(const uchar* text, size_t length)
+{
+    size_t n = 0;
+    while (n < length && text[n] != ' ')
+        ++n;
+    return QString::fromLatin1(reinterpret_cast<const char*>(text), qsizetype(n));
+}
+} // namespace
+
+Fat32DirEntry Fat32DirEntry::decode(const uchar* entry)
+{
+    LeReader r(entry, kBytes);
+    Fat32DirEntry e;
+    e.firstByte = r.u8(kName);
+    e.attributes = r.u8(kAttributes);
+    e.firstCluster = (quint32(r.u16(kClusterHigh)) << 16) | r.u16(kClusterLow);
+    e.time = r.u16(kWriteTime);
+    e.date = r.u16(kWriteDate);
+    e.size = r.u32(kSize);
+    QString name = blankPadded(entry + kName, kNameLength);
+    // The first letter of a deleted entry is gone for good; "_" stands in for it.
+    if (e.isDeleted() && !name.isEmpty())
+        name[0] = QLatin1Char(kDeletedLetter);
+    const QString ext = blankPadded(entry + kExtension, kExtensionLength);
+    e.shortName = ext.isEmpty() ? name : name + QLatin1Char('.') + ext;
+    return e;
+}
+
+quint64 Fat32DirEntry::stampMsecs(quint16 date, quint16 time)
+{
+    const int years = date >> 9;
+    const int month = ((date >> 5) - 1) & 15;
+    const int day = date & 31;
+    qint64 days = kDaysBeforeMonth[month] + day - 1 + 365 * years + years / 4;
+    if (years % 4 == 0 && month < 2)
+        days -= 1;
+    const qint64 hours = time >> 11;
+    const qint64 minutes = (time >> 5) & 63;
+    const qint64 seconds = days * kSecondsPerDay + (minutes + hours * 60) * 60 + (time & 31) * 2 + kEpochOffsetSeconds;
+    return quint64(seconds) * 1000;
+}
+
+bool Fat32DirEntry::startsWithDotEntries(const uchar* cluster, size_t size)
+{
+    LeReader r(cluster, size);
+    const bool dots = r.u8(0) == '.' && r.u8(kBytes) == '.' && r.u8(kBytes + 1) == '.';
+    return r.ok() && dots;
+}

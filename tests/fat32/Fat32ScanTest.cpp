@@ -1,0 +1,341 @@
+#include "ScannedVolume.h"
+#include "fixtures/Fat32ImageBuilder.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+using Entry = Fat32ImageBuilder::Entry;
+constexpr quint32 kRoot = Fat32ImageBuilder::kRoot;
+
+Entry named(const char* shortName, const QString& longName = {}, bool deleted = true)
+{
+    Entry e;
+    e.shortName = shortName;
+    e.longName = longName;
+    e.deleted = deleted;
+    return e;
+}
+
+QByteArray pattern(const char* tag, int size) { return Fat32ImageBuilder::pattern(QString::fromLatin1(tag), size); }
+
+// Marks a directory deleted the way a delete leaves it: entry 0xE5, chain cleared.
+quint32 deletedDirectory(Fat32ImageBuilder& b, quint32 parent, Entry e)
+{
+    e.deleted = true;
+    return b.addDirectory(parent, e);
+}
+
+// One volume that holds most of what a directory walk meets, 512-byte clusters.
+struct MixedVolume {
+    Fat32ImageBuilder b;
+    quint32 photos = 0, oldDir = 0, gone = 0, big = 0, loop = 0, tail = 0;
+
+    MixedVolume()
+    {
+        b.addFile(kRoot, named("LIVE.TXT", {}, false), pattern("live", 700));
+        b.addFile(kRoot, named("QUARTE~1.TXT", QStringLiteral("Quarterly report.txt")), pattern("report", 1500));
+        b.addFile(kRoot, named("TEST.TXT"), pattern("test", 100));
+        b.addFile(kRoot, named("README"), pattern("readme", 20));
+        b.addRaw(kRoot, Fat32ImageBuilder::rawEntry("\x05" "BC     TXT", 0x20, 0, 0));
+        b.addFile(kRoot, named("EMPTY.TXT", QStringLiteral("empty.txt")), QByteArray());
+        addSplitFile();
+        addZeroSizedWithCluster();
+        addTailFile();
+
+        photos = deletedDirectory(b, kRoot, named("OLDPHO~1", QStringLiteral("Old Photos")));
+        b.addFile(photos, named("A.JPG", QStringLiteral("a.jpg")), pattern("a", 600));
+        b.addFile(photos, named("B.JPG", {}, false), pattern("b", 300)); // live entry, deleted folder
+        const quint32 keep = b.addDirectory(photos, named("KEEP", {}, false));
+        b.addFile(keep, named("C.TXT", {}, false), pattern("c", 10));
+        b.addFile(keep, named("D.TXT"), pattern("d", 10));
+        b.setFat(photos, 0);
+
+        oldDir = deletedDirectory(b, kRoot, named("OLDDIR"));
+        b.addFile(oldDir, named("X.TXT"), pattern("x", 10));
+        b.setFat(oldDir, 0);
+
+        gone = deletedDirectory(b, kRoot, named("GONE"));
+        b.addFile(gone, named("Y.TXT"), pattern("y", 10));
+        b.setFat(gone, 0);
+        b.writeAt(gone, pattern("reused", 512)); // the cluster went to other data
+
+        big = b.addDirectory(kRoot, named("BIG", {}, false));
+        for (int i = 0; i < 40; ++i)
+            b.addEntry(big, named(QByteArray("F") + QByteArray::number(i), {}, false));
+        b.addFile(big, named("LAST.TXT"), pattern("last", 30));
+
+        loop = b.addDirectory(kRoot, named("LOOP", {}, false));
+        b.addFile(loop, named("L.TXT"), pattern("l", 10));
+        b.setFat(loop, loop); // its chain leads back to itself
+
+        Entry alias = named("ALIAS", {}, false); // a second entry for BIG's cluster
+        alias.directory = true;
+        alias.firstCluster = big;
+        b.addEntry(kRoot, alias);
+    }
+
+    // Three clusters whose middle one went to a live file after the delete.
+    void addSplitFile()
+    {
+        const QByteArray content = pattern("split", 1400);
+        const quint32 first = b.allocate(4);
+        b.writeAt(first, content.left(512));
+        b.writeAt(first + 2, content.mid(512, 512));
+        b.writeAt(first + 3, content.mid(1024));
+        for (quint32 c = first; c < first + 4; ++c)
+            b.setFat(c, 0);
+        b.setFat(first + 1, Fat32ImageBuilder::kEnd);
+        Entry live = named("MID.BIN", {}, false);
+        live.firstCluster = first + 1;
+        live.size = 512;
+        b.addEntry(kRoot, live);
+        Entry split = named("SPLIT.BIN", QStringLiteral("split.bin"));
+        split.firstCluster = first;
+        split.size = quint32(content.size());
+        b.addEntry(kRoot, split);
+    }
+
+    void addZeroSizedWithCluster()
+    {
+        Entry e = named("ZERO.TXT");
+        e.firstCluster = b.allocate(1);
+        b.setFat(e.firstCluster, 0);
+        b.addEntry(kRoot, e);
+    }
+
+    // A deleted file in the volume's last cluster that claims two: nothing
+    // follows it, so its second half can only come back as zeros.
+    void addTailFile()
+    {
+        tail = 2 + Fat32ImageBuilder::Geometry{}.clusters - 1;
+        b.writeAt(tail, pattern("tail", 512));
+        Entry e = named("TAIL.BIN");
+        e.firstCluster = tail;
+        e.size = 1024;
+        b.addEntry(kRoot, e);
+    }
+};
+
+QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
+}
+} // namespace
+
+TEST(Fat32Scan, ListsDeletedFilesThroughLiveAndDeletedDirectories)
+{
+    MixedVolume v;
+    ScannedVolume s(v.b.image());
+    s.run();
+    const QStringList expected = {
+        "Quarterly report.txt\t1500",
+        "_EST.TXT\t100",
+        "_EADME\t20",
+        "empty.txt\t0",
+        "split.bin\t1400",
+        "_ERO.TXT\t0",
+        "_AIL.BIN\t1024",
+        "Old Photos/a.jpg\t600",
+        "Old Photos/B.JPG\t300",
+        "Old Photos/KEEP/_.TXT\t10",
+        "_LDDIR/_.TXT\t10",
+        "BIG/_AST.TXT\t30",
+        "LOOP/_.TXT\t10",
+    };
+    EXPECT_EQ(s.listing(), expected);
+    EXPECT_EQ(s.results(), quint64(expected.size()));
+    EXPECT_EQ(s.totalSize(), 1500u + 100 + 20 + 1400 + 1024 + 600 + 300 + 10 + 10 + 30 + 10);
+    EXPECT_FALSE(s.root->ntfs);
+    EXPECT_FALSE(s.root->findChild("Old Photos")->ntfs);
+}
+
+// The preview reads through fileContent, the same clusters as the restore.
+TEST(Fat32Scan, PreviewReadsTheListedClusters)
+{
+    MixedVolume v;
+    ScannedVolume s(v.b.image());
+    s.run();
+    EXPECT_EQ(s.content("split.bin"), pattern("split", 1400));
+    EXPECT_EQ(s.content("_AIL.BIN").left(512), pattern("tail", 512));
+    EXPECT_EQ(s.scan->fileContent(nullptr, s.file("split.bin")), 1400u + 512) << "size plus a cluster";
+    EXPECT_EQ(s.scan->fileContent(nullptr, s.file("empty.txt")), 512u);
+}
+
+TEST(Fat32Scan, ProgressCountsEveryEntryAgainstTheFat)
+{
+    Fat32ImageBuilder b;
+    b.addFile(kRoot, named("A.TXT"), pattern("a", 10));
+    b.addFile(kRoot, named("LONGNA~1.TXT", QStringLiteral("long name.txt")), pattern("b", 10));
+    ScannedVolume s(b.image());
+    s.run();
+    ASSERT_EQ(s.begin->size(), 1);
+    EXPECT_EQ(s.begin->first().at(0).toInt(), 514) << "entries of the FAT: 512 clusters and 2";
+    EXPECT_EQ(s.ones->size(), 3) << "a short entry, a slot, a short entry";
+    EXPECT_EQ(s.ones->last().at(0).toInt(), 3);
+
+    ScannedVolume deep(b.image(), true);
+    deep.run();
+    EXPECT_EQ(deep.begin->first().at(0).toInt(), int(514 * 1.1));
+    EXPECT_EQ(deep.results(), 2u);
+}
+
+TEST(Fat32Scan, AnUnreadableDirectoryClusterIsSkipped)
+{
+    Fat32ImageBuilder b;
+    const quint32 bad = b.addDirectory(kRoot, named("BAD", {}, false));
+    b.addFile(bad, named("LOST.TXT"), pattern("lost", 10));
+    const quint32 good = b.addDirectory(kRoot, named("GOOD", {}, false));
+    b.addFile(good, named("FOUND.TXT"), pattern("found", 10));
+    const quint64 badAt = b.clusterOffset(bad);
+    static QStringList messages;
+    messages.clear();
+    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& m) {
+        messages.append(m);
+    });
+    ScannedVolume s(b.image(), false, [badAt](quint64 pos, quint64) { return pos != badAt; });
+    s.run();
+    qInstallMessageHandler(previous);
+    EXPECT_EQ(s.listing(), QStringList{"GOOD/_OUND.TXT\t10"});
+    EXPECT_TRUE(messages.contains("fat32 read error"));
+}
+
+TEST(Fat32Scan, AStopEndsTheWalkAtTheFirstCheckPoint)
+{
+    Fat32ImageBuilder::Geometry g;
+    g.clusters = 200;
+    Fat32ImageBuilder b(g);
+    for (int i = 0; i < 1500; ++i)
+        b.addEntry(kRoot, named(QByteArray("F") + QByteArray::number(i)));
+    ScannedVolume s(b.image(), true);
+    Fat32VolumeScan* scan = s.scan.get();
+    QObject::connect(scan, &PartScan::scanBegin, scan, [scan] { scan->stop(); }, Qt::DirectConnection);
+    s.run();
+    EXPECT_EQ(s.results(), 1000u);
+    EXPECT_EQ(s.root->findChild(QString::fromUtf8("额外文件")), nullptr);
+}
+
+TEST(Fat32Restore, WritesCheckedFoldersWithContentAndDates)
+{
+    MixedVolume v;
+    ScannedVolume s(v.b.image());
+    s.run();
+    s.root->findChild("Old Photos")->checkState = 1; // partly checked: its own files stay
+    QTemporaryDir target;
+    QSignalSpy one(s.scan.get(), &PartScan::undeleteOne);
+    QSignalSpy done(s.scan.get(), &PartScan::undeleteDone);
+    s.scan->setRestoreDir(target.path());
+    s.run();
+    const QString e = target.path() + "/E/";
+    struct Case {
+        const char* path;
+        QByteArray content; // "<missing>" when nothing is to be written
+    };
+    const Case cases[] = {
+        {"Quarterly report.txt", pattern("report", 1500)},
+        {"split.bin", pattern("split", 1400)},
+        {"_AIL.BIN", pattern("tail", 512) + QByteArray(512, '\0')},
+        {"_ERO.TXT", QByteArray()},
+        {"empty.txt", "<missing>"}, // no cluster: nothing to write
+        {"Old Photos/a.jpg", "<missing>"},
+        {"Old Photos/KEEP/_.TXT", pattern("d", 10)},
+        {"BIG/_AST.TXT", pattern("last", 30)},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(readFile(e + c.path), c.content) << c.path;
+    EXPECT_EQ(QFileInfo(e + "Quarterly report.txt").lastModified().toMSecsSinceEpoch(), 1577851200000);
+    EXPECT_EQ(done.size(), 1);
+    EXPECT_EQ(one.size(), 10) << "every file written, none of the skipped";
+}
+
+TEST(Fat32Restore, LargeClustersAreCutToTheFileSize)
+{
+    Fat32ImageBuilder::Geometry g;
+    g.sectorsPerCluster = 8;
+    g.clusters = 64;
+    Fat32ImageBuilder b(g);
+    b.addFile(kRoot, named("TWO.BIN", {}, false), QByteArray()); // keeps cluster numbering honest
+    Entry both = named("BOTH.BIN");
+    both.firstCluster = b.allocate(2); // live chain of two clusters, entry deleted
+    both.size = 5000;
+    b.writeAt(both.firstCluster, pattern("both", 8192).left(4096));
+    b.writeAt(both.firstCluster + 1, pattern("both", 8192).mid(4096));
+    b.addEntry(kRoot, both);
+    b.addFile(kRoot, named("EXACT.BIN"), pattern("exact", 8192));
+    ScannedVolume s(b.image());
+    s.run();
+    EXPECT_EQ(s.scan->clusterBytes, 4096u);
+    EXPECT_EQ(s.scan->clusterShift, 12u);
+    EXPECT_EQ(s.scan->fileContent(nullptr, s.file("_OTH.BIN")), 9096u);
+    QTemporaryDir target;
+    s.scan->setRestoreDir(target.path());
+    s.run();
+    EXPECT_EQ(readFile(target.path() + "/E/_OTH.BIN"), pattern("both", 5000));
+    EXPECT_EQ(readFile(target.path() + "/E/_XACT.BIN"), pattern("exact", 8192));
+}
+
+TEST(Fat32Restore, NamesFromTheDiskStayInsideTheTarget)
+{
+    Fat32ImageBuilder b;
+    const quint32 dir = deletedDirectory(b, kRoot, named("DOTS", QStringLiteral("..")));
+    b.addFile(dir, named("SLASH.TXT", QStringLiteral("a/../../b.txt")), pattern("slash", 10));
+    ScannedVolume s(b.image());
+    s.run();
+    QTemporaryDir target;
+    s.scan->setRestoreDir(target.path() + "/out");
+    s.run();
+    EXPECT_EQ(readFile(target.path() + "/out/E/_.._/a_.._.._b.txt"), pattern("slash", 10));
+    EXPECT_EQ(QDir(target.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), QStringList{"out"});
+}
+
+using Fat32ScanDeathTest = testing::Test;
+
+TEST_F(Fat32ScanDeathTest, RefusesWhatIsNotAFat32Volume)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Fat32ImageBuilder b;
+    QByteArray fat16 = b.image();
+    fat16.replace(0x52, 5, "FAT16");
+    QByteArray noCluster = b.image();
+    noCluster[0x0D] = 0;
+    struct Case {
+        QByteArray volume;
+        const char* message;
+    };
+    const Case cases[] = {
+        {fat16, "Fat32VolumeScan::parseBootSector: it's not a valid fat32 volume"},
+        {noCluster, "Fat32VolumeScan::parseBootSector: it's not a valid fat32 volume"},
+        {QByteArray(), "Fat32VolumeScan::parseBootSector: cannot read boot sector"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_DEATH(Fat32VolumeScan("E", DeviceHandle(std::make_shared<MemorySource>(c.volume)), 0), c.message);
+    }
+}
+
+// Damaged FATs and directories end in a finished scan and a finished restore,
+// never in a hang or a read outside a buffer: random bytes over the FATs and
+// the first clusters, where the directories lie.
+TEST(Fat32Scan, DamagedVolumesStillFinish)
+{
+    MixedVolume v;
+    const QByteArray clean = v.b.image();
+    QRandomGenerator random(0x0512F032);
+    for (int round = 0; round < 60; ++round) {
+        QByteArray damaged = clean;
+        const int end = int(v.b.clusterOffset(v.loop + 1));
+        for (int i = 0; i < 200; ++i)
+            damaged[random.bounded(512, end)] = char(random.bounded(256));
+        ScannedVolume s(damaged);
+        s.run();
+        ASSERT_EQ(s.done->size(), 1) << round;
+        QTemporaryDir target;
+        s.scan->setRestoreDir(target.path());
+        s.run();
+    }
+}

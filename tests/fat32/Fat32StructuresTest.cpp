@@ -1,0 +1,187 @@
+#include "fat32/Fat32BootSector.h"
+#include "fat32/Fat32DirEntry.h"
+#include "fat32/Fat32LongName.h"
+#include "fat32/Fat32Table.h"
+#include "fixtures/Fat32ImageBuilder.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace {
+QByteArray bootWith(quint8 spc, quint16 reserved, quint8 fats, quint32 fatSectors, const char* type = "FAT32   ")
+{
+    Fat32ImageBuilder b;
+    QByteArray s = b.bootSector();
+    s[0x0D] = char(spc);
+    s[0x0E] = char(reserved & 0xFF);
+    s[0x0F] = char(reserved >> 8);
+    s[0x10] = char(fats);
+    for (int i = 0; i < 4; ++i)
+        s[0x24 + i] = char((fatSectors >> (8 * i)) & 0xFF);
+    std::memcpy(s.data() + 0x52, type, 8);
+    return s;
+}
+} // namespace
+
+TEST(Fat32BootSector, GeometryFollowsTheBootSector)
+{
+    struct Case {
+        quint8 spc;
+        quint16 reserved;
+        quint8 fats;
+        quint32 fatSectors;
+        quint32 clusterBytes, shift;
+        quint64 fatOffset, dataOffset;
+    };
+    const Case cases[] = {
+        {1, 32, 2, 100, 512, 9, 32 * 512, 32 * 512 + 2 * 100 * 512},
+        {8, 32, 2, 100, 4096, 12, 32 * 512, 32 * 512 + 2 * 100 * 512},
+        {128, 6, 1, 7, 65536, 16, 6 * 512, 6 * 512 + 7 * 512},
+        {64, 1, 0, 1, 32768, 15, 512, 512}, // no FAT at all: data right after the reserved area
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(int(c.spc));
+        const QByteArray s = bootWith(c.spc, c.reserved, c.fats, c.fatSectors);
+        Fat32BootSector g;
+        ASSERT_TRUE(Fat32BootSector::parse(s.constData(), size_t(s.size()), &g));
+        EXPECT_EQ(g.clusterBytes, c.clusterBytes);
+        EXPECT_EQ(g.clusterShift, c.shift);
+        EXPECT_EQ(g.fatOffset, c.fatOffset);
+        EXPECT_EQ(g.fatBytes, quint64(c.fatSectors) * 512);
+        EXPECT_EQ(g.dataOffset, c.dataOffset);
+        EXPECT_EQ(g.rootCluster, 2u);
+    }
+}
+
+TEST(Fat32BootSector, RefusesWhatCannotBeAFat32Volume)
+{
+    struct Case {
+        const char* why;
+        QByteArray sector;
+        bool accepted;
+    };
+    const Case cases[] = {
+        {"FAT32 and blanks", bootWith(1, 32, 2, 10, "FAT32   "), true},
+        {"FAT32 and other bytes", bootWith(1, 32, 2, 10, "FAT32xyz"), true},
+        {"FAT16", bootWith(1, 32, 2, 10, "FAT16   "), false},
+        {"0 sectors per cluster", bootWith(0, 32, 2, 10), false},
+        {"3 sectors per cluster", bootWith(3, 32, 2, 10), false},
+        {"no reserved sectors", bootWith(1, 0, 2, 10), false},
+        {"FAT of 0 sectors", bootWith(1, 32, 2, 0), false},
+        {"short buffer", bootWith(1, 32, 2, 10).left(0x50), false},
+    };
+    for (const Case& c : cases) {
+        Fat32BootSector g;
+        EXPECT_EQ(Fat32BootSector::parse(c.sector.constData(), size_t(c.sector.size()), &g), c.accepted) << c.why;
+    }
+}
+
+TEST(Fat32BootSector, TheLoadedFatIsClampedToTheVolume)
+{
+    Fat32BootSector g;
+    g.clusterBytes = 512;
+    g.clusterShift = 9;
+    g.dataOffset = 1 << 20;
+    g.fatBytes = quint64(0xFFFFFFFF) * 512; // a wild FAT size
+    g.volumeBytes = (1 << 20) + 100 * 512;
+    EXPECT_EQ(g.usableFatEntries(~quint64(0)), 102u) << "100 clusters plus the two reserved entries";
+    EXPECT_EQ(g.usableFatEntries((1 << 20) + 10 * 512), 12u) << "the device ends before the volume says";
+    g.volumeBytes = ~quint64(0);
+    EXPECT_LE(g.usableFatEntries(~quint64(0)), quint64(0x0FFFFFF7)) << "28-bit cluster numbers";
+    g.fatBytes = 40;
+    EXPECT_EQ(g.usableFatEntries(~quint64(0)), 10u);
+}
+
+TEST(Fat32Table, ChainsEndWhereTheFatSays)
+{
+    Fat32Table fat(16);
+    quint32* e = reinterpret_cast<quint32*>(fat.bytes());
+    e[3] = 0x0FFFFFFF;              // one cluster
+    e[4] = 5, e[5] = 6, e[6] = 0x0FFFFFF8;
+    e[7] = 8, e[8] = 0x0FFFFFF7;     // runs into the bad-cluster mark
+    e[9] = 0xFFFFFFF8;               // end mark with the top bits set
+    e[10] = 0x10000005;              // above the end marks: ends too
+    e[11] = 12, e[12] = 11;          // a loop
+    e[13] = 0;                       // cleared: a deleted file's first cluster alone
+    e[14] = 99;                      // points past the table
+    struct Case {
+        quint32 start;
+        QList<uint> chain;
+    };
+    const Case cases[] = {
+        {0, {}}, {1, {}}, {3, {3}}, {4, {4, 5, 6}}, {7, {7, 8}}, {9, {9}}, {10, {10}},
+        {13, {13}}, {14, {14}}, {16, {}}, {0x0FFFFFF7, {}},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(fat.chain(c.start), c.chain) << c.start;
+    EXPECT_EQ(fat.chain(11).size(), 16) << "a loop ends at the table's length";
+}
+
+TEST(Fat32Table, ClearedChainsContinueOverFreeClusters)
+{
+    Fat32Table fat(12);
+    quint32* e = reinterpret_cast<quint32*>(fat.bytes());
+    e[5] = 0x0FFFFFFF; // in use
+    e[6] = 0x0FFFFFFF;
+    struct Case {
+        QList<uint> start;
+        quint64 needed;
+        QList<uint> expected;
+    };
+    const Case cases[] = {
+        {{3}, 1, {3}},
+        {{3}, 4, {3, 4, 7, 8}},               // passes the clusters in use
+        {{9}, 5, {9, 10, 11}},                // the table ends first
+        {{}, 3, {}},                          // nothing to continue from
+        {{2, 4}, 2, {2, 4}},
+    };
+    for (const Case& c : cases) {
+        QList<uint> list = c.start;
+        fat.continueOverFree(&list, c.needed);
+        EXPECT_EQ(list, c.expected);
+    }
+}
+
+TEST(Fat32DirEntry, StampsAreTheWallClockAtUtcPlus8)
+{
+    struct Case {
+        quint16 date, time;
+        quint64 seconds;
+    };
+    const Case cases[] = {
+        {0x0021, 0x0000, 315504000},  // 1980-01-01 00:00:00
+        {0x0061, 0x0000, 320688000},  // 1980-03-01, behind a leap day
+        {0x5021, 0x6000, 1577851200}, // 2020-01-01 12:00:00
+        {0x285D, 0xBF7D, 951839998},  // 2000-02-29 23:59:58
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(Fat32DirEntry::stampMsecs(c.date, c.time), c.seconds * 1000) << std::hex << c.date;
+}
+
+TEST(Fat32LongName, NamesStayWholeUpToTwentySlots)
+{
+    // A surrogate pair split across two slots, and a name that fills its slot without a terminator.
+    const QString name = QString::fromUtf8("照片 2020 \xF0\x9F\x93\xB7 report.txt");
+    const QString thirteen = QStringLiteral("ABCDEFGHIJKLM");
+    struct Case {
+        QString name;
+        int slotCount;
+        int staged;
+        int length;
+    };
+    const Case cases[] = {{name, 2, 2, int(name.size())}, {thirteen, 1, 1, 13}, {thirteen.repeated(25), 25, 20, 260}};
+    for (const Case& c : cases) {
+        Fat32LongName n;
+        for (int s = c.slotCount; s >= 1; --s) {
+            const QByteArray slot = Fat32ImageBuilder::slot(c.name.mid((s - 1) * 13, 13), quint8(s), false);
+            n.add(reinterpret_cast<const uchar*>(slot.constData()));
+        }
+        EXPECT_EQ(n.count(), c.staged);
+        const QString taken = n.take();
+        EXPECT_EQ(taken.size(), c.length);
+        if (c.staged == c.slotCount) {
+            EXPECT_TRUE(taken == c.name);
+        }
+        EXPECT_EQ(n.count(), 0);
+    }
+}

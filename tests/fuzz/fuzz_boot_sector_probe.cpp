@@ -1,0 +1,18 @@
+// The disk search's test of one sector, and the partition table reader over a
+// small disk made of the input.
+#include "diskscan/BootSectorProbe.h"
+#include "scan/device/MemorySource.h"
+#include "scan/device/PartitionTable.h"
+
+#include <cstring>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    uchar sector[BootSectorProbe::kSectorBytes] = {};
+    std::memcpy(sector, data, size < sizeof sector ? size : sizeof sector);
+    BootSectorProbe::test(sector);
+
+    const QByteArray disk(reinterpret_cast<const char*>(data), int(size));
+    PartitionTable::read(DeviceHandle(std::make_shared<MemorySource>(disk)));
+    return 0;
+}
