@@ -1,4 +1,5 @@
 #include "fat32/Fat32VolumeScan.h"
+#include "carving/CarvingPass.h"
 #include "fat32/Fat32BootSector.h"
 #include "fat32/Fat32DirEntry.h"
 #include "fat32/Fat32LongName.h"
@@ -21,6 +22,8 @@ namespace {
 const char kBootSectorWhere[] = "Fat32VolumeScan::parseBootSector";
 // The pause and stop check falls on every 1000th directory entry.
 constexpr int kCheckEvery = 1000;
+// During the carving pass the bar moves every this many clusters.
+constexpr int kCarvingProgressEvery = 64;
 // The carving pass has a tenth of the progress scale behind the directory walk.
 constexpr double kCarvingShare = 1.1;
 // Reads of file content go in stretches of consecutive clusters up to this
@@ -255,9 +258,23 @@ FolderNode* Fat32VolumeScan::folderOf(Directory& dir)
     return folder;
 }
 
-void Fat32VolumeScan::carvingPass(quint64*, quint64*, quint64*)
+void Fat32VolumeScan::carvingPass(quint64* running, quint64* results, quint64* totalSize)
 {
-    qDebug("doextra");
+    CarvingContext c;
+    c.root = rootFolder;
+    c.partIndex = partIndex;
+    c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return read(buffer, bytes, partOffset + offset); };
+    c.checkPoint = [this] { return checkPoint(); };
+    // One queued signal per cluster would flood the window on a large card;
+    // the bar cannot show a finer step than this anyway.
+    c.scanOne = [this](int done) {
+        if (done % kCarvingProgressEvery == 0)
+            emit scanOne(done);
+    };
+    c.runningNumber = running;
+    c.results = results;
+    c.totalSize = totalSize;
+    CarvingPass::runFat32(c, {clusterBytes, dataOffset, fatBytes});
 }
 
 void Fat32VolumeScan::forEachSpan(const Fat32File* file, const SpanVisitor& visit) const

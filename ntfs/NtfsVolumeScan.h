@@ -1,7 +1,21 @@
 #pragma once
+#include "ntfs/DirectoryEntry.h"
+#include "ntfs/MftRecordInfo.h"
+#include "ntfs/NtfsGeometry.h"
 #include "scan/PartScan.h"
 
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <functional>
+
+struct DataRun;
+struct NtfsFile;
+
 // The scanner of one NTFS volume: a drive letter, or a partition on a disk at a byte offset.
+// The constructor reads the boot sector and the $MFT record; a scan run walks
+// the MFT and far beyond its end for deleted file records and files them in
+// the result tree; a restore run writes the checked folders' files out.
 class NtfsVolumeScan : public PartScan {
     Q_OBJECT
 public:
@@ -15,6 +29,62 @@ public:
     void stop() override;
     void parseBootSector() override;
 
+    // Reads one MFT record by its number; bytes read, or -1.
+    qint64 readRecord(void* buffer, quint32 number);
+    // Reads count clusters from virtual cluster vcn of a stream; clusters read, or -1.
+    qint64 readClusters(void* buffer, quint32 count, quint64 vcn, const QList<DataRun*>& runs);
+
+    NtfsGeometry geometry;
+    quint64 volumeClusters = 0; // clusters that lie inside the volume and on the device
+    quint64 mftLcn = 0;
+    MftRecordInfo mftInfo;   // of record 0; its file holds the runs of $MFT, stretched (see parseMftRecord)
+    QByteArray mftBitmap;    // $BITMAP of $MFT: bit n set while record n is in use
+    QMap<quint32, DirectoryEntry*> directories;
+    FolderNode* orphanFolder = nullptr;
+    int orphanIndex = 1;
+    QByteArray clusterBitmap; // first run of $Bitmap during a scan; empty when it can't be read
+    quint64 bitmapClusters = 0;
+
 protected:
     void run() override;
+    // The signature carving pass over the clusters clusterBitmap leaves free;
+    // adds what it finds to the totals.
+    virtual void carvingPass(quint64* results, quint64* totalSize);
+
+private:
+    struct ScanTotals {
+        quint64 position = 0;
+        quint64 results = 0;
+        quint64 totalSize = 0;
+    };
+    enum class BatchPlace { Inside, OutsideVolume, PastEnd };
+    // Receives a file's content slice by slice; null data is a hole of zeros.
+    using ContentSink = std::function<void(quint64 offset, const char* data, quint64 bytes)>;
+
+    void parseMftRecord(uint8_t* record, MftRecordInfo& info);
+    void readMftBitmap(const uint8_t* record, int attrOffset, quint32 attrLength);
+    bool parseRecordHeader(uint8_t* record, MftRecordInfo& info) const;
+    int findAttribute(const uint8_t* record, int offset, quint32 type, quint32& remaining) const;
+    bool decodeData(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info) const;
+    bool directoryName(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info) const;
+    bool parseFileRecord(uint8_t* record, MftRecordInfo& info);
+    bool fileRecordName(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info);
+
+    void loadClusterBitmap();
+    bool recordLoop(qint64 limit, quint64 recordCount, ScanTotals* totals);
+    BatchPlace batchPlace(quint64 vcn, quint32 clusters) const;
+    void scanRecord(uint8_t* record, quint64 position, quint64 recordCount, ScanTotals* totals);
+    void recordDirectory(const uint8_t* record, MftRecordInfo& info);
+    bool recordInUse(quint64 position) const;
+    bool filterAccepts(const QString& name) const;
+    bool isLive(const QStringList& folders, const QString& name) const;
+    FolderNode* currentOrphanFolder();
+    void markClusters(const NtfsFile* file);
+
+    void writeFile(const QString& folderPath, NtfsFile* file);
+    QByteArray residentContent(const NtfsFile* file);
+    void streamRuns(const NtfsFile* file, const ContentSink& sink);
+    void freeTree();
+
+    QString mountPoint; // of the volume while it is scanned, for the live-file test
 };

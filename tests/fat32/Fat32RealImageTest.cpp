@@ -1,6 +1,8 @@
 // Images written by real FAT32 tools, scanned and restored through ostrel-cli.
 #include "PrintQString.h"
+#include "fixtures/CliRunner.h"
 #include "fixtures/Fat32ImageBuilder.h"
+#include "fixtures/TestPaths.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -10,76 +12,29 @@
 #include <gtest/gtest.h>
 
 namespace {
-constexpr int kCliTimeoutMsecs = 300000;
 const char kSamples[] = "/usr/share/forensics-samples";
 
-struct CliRun {
-    int exitCode = -1;
-    QStringList lines;
-};
-
-// ctest passes only the first variable of the test environment to discovered
-// tests; the build tree is then found from this executable, which lies in tests/.
-QString binaryDir()
+CliResult runCli(const QStringList& args)
 {
-    const QString dir = qEnvironmentVariable("OSTREL_BINARY_DIR");
-    return dir.isEmpty() ? QCoreApplication::applicationDirPath() + "/.." : dir;
-}
-
-CliRun runCli(const QStringList& args)
-{
-    QProcess p;
-    p.start(binaryDir() + "/ostrel-cli", args);
-    CliRun r;
-    if (!p.waitForFinished(kCliTimeoutMsecs)) {
-        ADD_FAILURE() << "ostrel-cli: " << p.errorString().toStdString();
-        return r;
-    }
-    r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    const CliResult r = CliRunner::run(args);
     if (r.exitCode != 0)
-        ADD_FAILURE() << "ostrel-cli: " << p.readAllStandardError().toStdString();
-    r.lines = QString::fromUtf8(p.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+        ADD_FAILURE() << "ostrel-cli: " << r.errors.toStdString();
     return r;
 }
 
-// Decompresses an xz file into dir; the path of the result, or empty.
 QString unxz(const QString& xzPath, const QTemporaryDir& dir, const QString& name)
 {
-    const QString out = dir.filePath(name);
-    QProcess p;
-    p.setStandardOutputFile(out);
-    p.start("xz", {"-dc", xzPath});
-    return p.waitForFinished(kCliTimeoutMsecs) && p.exitCode() == 0 ? out : QString();
+    return CliRunner::unxz(xzPath, dir.path(), name);
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
-
-// A PNG with the data of its tIME chunks (and their CRCs) zeroed: the time a
-// copy was saved is all that may differ between two copies of one picture.
-QByteArray maskPngTime(QByteArray png)
-{
-    int at = 8;
-    while (at + 12 <= png.size()) {
-        const quint32 length = (quint32(uchar(png[at])) << 24) | (quint32(uchar(png[at + 1])) << 16)
-                             | (quint32(uchar(png[at + 2])) << 8) | quint32(uchar(png[at + 3]));
-        if (length > quint32(png.size() - at - 12))
-            break;
-        if (png.mid(at + 4, 4) == "tIME")
-            png.replace(at + 8, int(length) + 4, QByteArray(int(length) + 4, '\0'));
-        at += int(length) + 12;
-    }
-    return png;
-}
+QByteArray readAll(const QString& path) { return CliRunner::readFile(path); }
+QByteArray maskPngTime(const QByteArray& png) { return CliRunner::maskPngTime(png); }
 } // namespace
 
 TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
 {
     QTemporaryDir dir;
-    const QString image = unxz(qEnvironmentVariable("OSTREL_SOURCE_DIR") + "/tests/fixtures/fat32-mtools.img.xz", dir, "m.img");
+    const QString image = unxz(TestPaths::sourceDir() + "/tests/fixtures/fat32-mtools.img.xz", dir, "m.img");
     ASSERT_FALSE(image.isEmpty());
     struct Case {
         QString path;
@@ -101,7 +56,7 @@ TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
     for (const Case& c : cases)
         expected << QStringLiteral("C/%1\t%2\t2021-06-15T02:30:00Z").arg(c.path).arg(c.size);
     expected << "results=8,totalsize=111800";
-    const CliRun scan = runCli({"scan", image});
+    const CliResult scan = runCli({"scan", image});
     EXPECT_EQ(scan.exitCode, 0);
     EXPECT_EQ(scan.lines, expected);
 
@@ -138,7 +93,7 @@ TEST(Fat32RealImage, ForensicsSampleDeletedFoldersAreRestoredByteForByte)
         total += quint64(size);
     }
     expected << QStringLiteral("results=16,totalsize=%1").arg(total);
-    const CliRun scan = runCli({"scan", image + "@1"});
+    const CliResult scan = runCli({"scan", image + "@1"});
     EXPECT_EQ(scan.exitCode, 0);
     QStringList listed;
     for (const QString& line : scan.lines)

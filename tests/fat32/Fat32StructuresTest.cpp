@@ -179,8 +179,9 @@ TEST(Fat32LongName, NamesStayWholeUpToTwentySlots)
         EXPECT_EQ(n.count(), c.staged);
         const QString taken = n.take();
         EXPECT_EQ(taken.size(), c.length);
-        if (c.staged == c.slotCount)
+        if (c.staged == c.slotCount) {
             EXPECT_TRUE(taken == c.name);
+        }
         EXPECT_EQ(n.count(), 0);
     }
 }

@@ -26,7 +26,8 @@ protected:
     void run() override
     {
         runState = Running;
-        for (int i = 0; i < 1000000; ++i) {
+        // Runs until stopped: only a stop ends it, so no test depends on speed.
+        for (int i = 0;; ++i) {
             while (!gate.load()) {
                 spinning = true;
                 QThread::yieldCurrentThread();
@@ -121,7 +122,6 @@ TEST(PartScan, PauseResumeAndStopAtCheckPoints)
     waitForThread(&scan);
     ASSERT_EQ(done.count(), 1);
     EXPECT_GE(done.at(0).at(0).toULongLong(), 5u);
-    EXPECT_LT(done.at(0).at(0).toULongLong(), 1000000u) << "stop ends the loop early";
 }
 
 TEST(PartScan, StopWhilePausedWakesTheThreadAndEndsTheScan)

@@ -1,0 +1,468 @@
+// Scans of built NTFS volumes: what is listed, where it is filed, and what a
+// restore writes.
+#include "ScanHarness.h"
+#include "fixtures/DiskImageBuilder.h"
+#include "fixtures/NtfsImageBuilder.h"
+#include "scan/device/ImageDeviceLayer.h"
+#include "scan/device/MemorySource.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+using Builder = NtfsImageBuilder;
+using Entry = NtfsImageBuilder::Entry;
+
+const QString kOrphans1 = QStringLiteral("孤立文件-00001/");
+
+NtfsVolumeScan* scannerOn(const QByteArray& disk, quint64 offset = 0)
+{
+    return new NtfsVolumeScan(QStringLiteral("vol"), DeviceHandle(std::make_shared<MemorySource>(disk)), offset);
+}
+
+QByteArray pattern(int size, int seed)
+{
+    QByteArray b(size, '\0');
+    for (int i = 0; i < size; ++i)
+        b[i] = char((i * 7 + seed) % 251);
+    return b;
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
+}
+
+// A volume with one deleted file of each shape, and the contents they should read as.
+struct ShapesVolume {
+    Builder b;
+    QMap<QString, QByteArray> expected; // path below the volume folder -> content
+    QByteArray image;
+
+    ShapesVolume()
+    {
+        const quint32 docs = b.addDirectory("docs");
+        const quint32 sub = b.addDirectory("sub", docs, true);
+        expected["docs/small.txt"] = pattern(100, 1);
+        b.addFile("small.txt", expected["docs/small.txt"], docs);
+        expected["docs/sub/big.bin"] = pattern(5000, 2);
+        b.addFile("big.bin", expected["docs/sub/big.bin"], sub);
+        b.addFile("alive.txt", pattern(3000, 3), docs, false);
+        b.addFile("empty.txt", QByteArray(), docs);
+
+        Entry frag;
+        frag.names = {{"frag.bin", docs}};
+        frag.content = pattern(5 * 4096 - 100, 4);
+        const quint64 first = b.allocate(2);
+        b.allocate(1);
+        frag.extents = {{qint64(b.allocate(3)), 3}, {qint64(first), 2}}; // second piece lies before the first
+        frag.deleted = true;
+        b.add(frag);
+        expected["docs/frag.bin"] = frag.content;
+
+        Entry sparse;
+        sparse.names = {{"sparse.bin", docs}};
+        sparse.content = QByteArray(4096, 'A') + QByteArray(3 * 4096, '\0') + QByteArray(1000, 'B');
+        sparse.extents = {{qint64(b.allocate(1)), 1}, {-1, 3}, {qint64(b.allocate(1)), 1}};
+        sparse.deleted = true;
+        b.add(sparse);
+        expected["docs/sparse.bin"] = sparse.content;
+
+        Entry linked; // two names: the first one in the record counts
+        linked.names = {{"first.txt", docs}, {"second.txt", Builder::kRoot}};
+        linked.content = pattern(50, 5);
+        linked.resident = true;
+        linked.deleted = true;
+        b.add(linked);
+        expected["docs/first.txt"] = linked.content;
+
+        Entry dosOnly; // counted, but without a long name it is filed nowhere
+        dosOnly.names = {{"DOSONLY.TXT", docs, Builder::kDos}};
+        dosOnly.content = pattern(30, 6);
+        dosOnly.resident = true;
+        dosOnly.deleted = true;
+        b.add(dosOnly);
+
+        Entry both;
+        both.names = {{"Both Names.txt", Builder::kRoot, Builder::kWin32AndDos}};
+        both.content = pattern(40, 7);
+        both.resident = true;
+        both.deleted = true;
+        b.add(both);
+        expected["Both Names.txt"] = both.content;
+
+        Entry unsafe; // names no Linux folder can hold as they are
+        unsafe.names = {{"..", docs}};
+        unsafe.content = pattern(10, 8);
+        unsafe.resident = true;
+        unsafe.deleted = true;
+        b.add(unsafe);
+        expected["docs/.."] = unsafe.content;
+        image = b.build();
+    }
+};
+} // namespace
+
+TEST(NtfsVolumeScan, ListsDeletedFilesOfEveryShapeWithTheirContent)
+{
+    ShapesVolume v;
+    ScanHarness h(scannerOn(v.image));
+    h.run();
+    const auto files = h.files();
+    EXPECT_EQ(files.keys(), v.expected.keys());
+    quint64 total = 30; // the DOS-only record counts without a place in the tree
+    for (auto it = v.expected.cbegin(); it != v.expected.cend(); ++it) {
+        SCOPED_TRACE(it.key().toStdString());
+        ASSERT_TRUE(files.contains(it.key()));
+        EXPECT_EQ(files[it.key()]->size, quint64(it.value().size()));
+        EXPECT_EQ(files[it.key()]->modifiedMsecs, 1577836800000ull);
+        EXPECT_TRUE(h.content(files[it.key()]) == it.value());
+        total += quint64(it.value().size());
+    }
+    EXPECT_EQ(h.results, quint64(v.expected.size() + 1));
+    EXPECT_EQ(h.totalSize, total);
+    EXPECT_EQ(h.scan->fileContent(nullptr, files["docs/small.txt"]), 100u + 4096u);
+}
+
+TEST(NtfsVolumeScan, RestoreWritesCheckedFoldersBelowTheTarget)
+{
+    ShapesVolume v;
+    ScanHarness h(scannerOn(v.image));
+    h.run();
+    QTemporaryDir out;
+    h.volume->findChild("docs")->checkState = 1; // partly checked: its own files stay out
+    QSignalSpy one(h.scan.get(), &PartScan::undeleteOne);
+    QSignalSpy done(h.scan.get(), &PartScan::undeleteDone);
+    h.scan->setRestoreDir(out.path());
+    h.scan->start();
+    waitForThread(h.scan.get());
+    EXPECT_EQ(done.count(), 1);
+    EXPECT_EQ(one.count(), 2);
+    const QString root = out.path() + "/vol/";
+    EXPECT_TRUE(readFile(root + "docs/sub/big.bin") == v.expected["docs/sub/big.bin"]);
+    EXPECT_TRUE(readFile(root + "Both Names.txt") == v.expected["Both Names.txt"]);
+    EXPECT_FALSE(QFile::exists(root + "docs/small.txt"));
+    EXPECT_EQ(QFileInfo(root + "docs/sub/big.bin").lastModified().toMSecsSinceEpoch(), 1577836800000ll);
+
+    QTemporaryDir all;
+    h.volume->findChild("docs")->checkState = 2;
+    h.scan->setRestoreDir(all.path());
+    h.scan->start();
+    waitForThread(h.scan.get());
+    const QString allRoot = all.path() + "/vol/";
+    for (const char* path : {"docs/frag.bin", "docs/sparse.bin", "docs/small.txt", "docs/first.txt"})
+        EXPECT_TRUE(readFile(allRoot + path) == v.expected[path]) << path;
+    EXPECT_TRUE(readFile(allRoot + "docs/_.._") == v.expected["docs/.."]) << "a name of '..' stays inside";
+}
+
+TEST(NtfsVolumeScan, FilterTakesNameEndingsCaseSensitively)
+{
+    Builder b;
+    for (const char* name : {"a.jpg", "b.JPG", "c.png", "d.txt"})
+        b.addFile(name, pattern(20, 1));
+    const QByteArray image = b.build();
+    struct Case {
+        QString filter;
+        QStringList listed;
+    };
+    const Case cases[] = {
+        {"*", {"a.jpg", "b.JPG", "c.png", "d.txt"}},
+        {"", {"a.jpg", "b.JPG", "c.png", "d.txt"}},
+        {".jpg", {"a.jpg"}},
+        {".JPG", {"b.JPG"}},
+        {".jpg;.png", {"a.jpg", "c.png"}},
+        {".gif", {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.filter.toStdString());
+        ScanHarness h(scannerOn(image), c.filter);
+        h.run();
+        EXPECT_EQ(h.files().keys(), c.listed);
+        EXPECT_EQ(h.results, quint64(c.listed.size()));
+    }
+}
+
+TEST(NtfsVolumeScan, FilesWithoutAChainToTheRootAreOrphaned)
+{
+    Builder b(Builder::Geometry(), 640);
+    Entry early; // its directory's record stands behind it: not met yet
+    early.names = {{"early.txt", 17}};
+    early.content = pattern(10, 1);
+    early.resident = true;
+    early.deleted = true;
+    early.slot = 16;
+    b.add(early);
+    Entry dir;
+    dir.names = {{"late dir"}};
+    dir.directory = true;
+    dir.slot = 17;
+    b.add(dir);
+
+    Entry newer; // a directory made after the file can't have been its parent
+    newer.names = {{"newer"}};
+    newer.directory = true;
+    newer.created = Builder::kDefaultTime + 100 * 10000000ull;
+    const quint32 newerDir = b.add(newer);
+    b.addFile("in newer.txt", pattern(10, 2), newerDir);
+
+    const quint32 loopA = b.addDirectory("A", 0); // parent fixed below
+    const quint32 loopB = b.addDirectory("B", loopA);
+    Entry fixA;
+    fixA.names = {{"A", loopB}};
+    fixA.directory = true;
+    fixA.slot = loopA;
+    b.add(fixA);
+    b.addFile("looped.txt", pattern(10, 3), loopA);
+
+    for (int i = 0; i < 501; ++i)
+        b.addFile(QStringLiteral("lost%1.txt").arg(i), pattern(10, i), 3000);
+    ScanHarness h(scannerOn(b.build()));
+    h.run();
+    const auto files = h.files();
+    EXPECT_TRUE(files.contains(kOrphans1 + "early.txt"));
+    EXPECT_TRUE(files.contains(kOrphans1 + "in newer.txt"));
+    EXPECT_TRUE(files.contains(kOrphans1 + "B/A/looped.txt"));
+    const FolderNode* first = h.volume->findChild("孤立文件-00001");
+    const FolderNode* second = h.volume->findChild("孤立文件-00002");
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first->directCount(), 500);
+    EXPECT_EQ(second->directCount(), 4 + 501 - 500 - 1);
+    EXPECT_EQ(h.results, 504u);
+}
+
+TEST(NtfsVolumeScan, ReadsEveryGeometry)
+{
+    struct Case {
+        const char* what;
+        Builder::Geometry geometry;
+    };
+    const Case cases[] = {
+        {"512-byte sectors, 4 KiB clusters, 1 KiB records", {512, 4096, 1024, 2048}},
+        {"4K sectors and records", {4096, 4096, 4096, 2048}},
+        {"512-byte clusters", {512, 512, 1024, 8192}},
+        {"64 KiB clusters", {512, 65536, 1024, 128}},
+        {"256 KiB clusters", {4096, 262144, 4096, 40}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Builder b(c.geometry);
+        const quint32 dir = b.addDirectory("gone", Builder::kRoot, true);
+        const QByteArray big = pattern(300000, 1);
+        b.addFile("big.bin", big, dir);
+        b.addFile("small.txt", pattern(90, 2), dir);
+        b.addFile("alive.txt", pattern(90, 3), dir, false);
+        ScanHarness h(scannerOn(b.build()));
+        EXPECT_EQ(h.scan->geometry.clusterBytes, c.geometry.clusterBytes);
+        h.run();
+        const auto files = h.files();
+        EXPECT_EQ(files.keys(), QStringList({"gone/big.bin", "gone/small.txt"}));
+        if (files.contains("gone/big.bin")) {
+            EXPECT_TRUE(h.content(files["gone/big.bin"]) == big);
+        }
+        if (files.contains("gone/small.txt")) {
+            EXPECT_TRUE(h.content(files["gone/small.txt"]) == pattern(90, 2));
+        }
+    }
+}
+
+TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
+{
+    Builder b(Builder::Geometry(), 96, {{4, 8}, {600, 8}, {1200, 8}});
+    Entry late; // in the third fragment
+    late.names = {{"late.bin"}};
+    late.content = pattern(9000, 1);
+    late.deleted = true;
+    late.slot = 80;
+    b.add(late);
+    ScanHarness h(scannerOn(b.build()));
+    const QList<DataRun*>& runs = h.scan->mftInfo.file->runs;
+    ASSERT_EQ(runs.size(), 3);
+    const quint64 lcns[] = {4, 600, 1200};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(runs[i]->vcnEnd, quint64(128 * (i + 1)));
+        EXPECT_EQ(runs[i]->length, 128u);
+        EXPECT_EQ(runs[i]->lcn, lcns[i]);
+    }
+    EXPECT_EQ(h.scan->mftInfo.file->size, 96u * 1024);
+    h.run();
+    ASSERT_TRUE(h.files().contains("late.bin"));
+    EXPECT_TRUE(h.content(h.files()["late.bin"]) == late.content);
+}
+
+TEST(NtfsVolumeScan, ReachesRecordsBehindTheMftAndStopsAtTheVolumesEnd)
+{
+    Builder b;
+    Entry stale; // a record of an earlier MFT, far behind this one's end
+    stale.names = {{"old.txt"}};
+    stale.content = pattern(300, 1);
+    stale.resident = true;
+    stale.deleted = true;
+    b.putRecordAt(4 * 4096 + 1000 * 1024, b.record(stale, 1000));
+    QByteArray volume = b.build();
+
+    // The volume on a disk at 1 MiB, with a record right behind its end that belongs to no one.
+    DiskImageBuilder disk(2 * 1024 * 1024 + quint64(volume.size()) + 8192);
+    disk.writeMbr({{7, 2048, quint32(volume.size() / 512)}});
+    disk.put(2048 * 512, volume);
+    stale.names = {{"beyond.txt"}};
+    disk.put(2048 * 512 + quint64(volume.size()), b.record(stale, 1));
+    ScanHarness h(scannerOn(disk.bytes(), 2048 * 512));
+    h.run();
+    const auto files = h.files();
+    EXPECT_EQ(files.keys(), QStringList({"old.txt"}));
+    if (files.contains("old.txt")) {
+        EXPECT_TRUE(h.content(files["old.txt"]) == stale.content) << "read again by its number";
+    }
+}
+
+namespace {
+class MountedLayer : public ImageDeviceLayer {
+public:
+    QString mountPoint;
+    QString mountPointOfLetter(QChar) override { return mountPoint; }
+};
+
+// Keeps the cluster bitmap as the carving pass gets to see it.
+class BitmapProbe : public NtfsVolumeScan {
+public:
+    using NtfsVolumeScan::NtfsVolumeScan;
+    QByteArray seen;
+    quint64 seenClusters = 0;
+
+protected:
+    void carvingPass(quint64*, quint64*) override
+    {
+        seen = clusterBitmap;
+        seenClusters = bitmapClusters;
+    }
+};
+
+bool bit(const QByteArray& bitmap, quint64 n) { return (quint8(bitmap.at(int(n / 8))) >> (n % 8)) & 1; }
+} // namespace
+
+TEST(NtfsVolumeScan, FilesThatLiveUnderTheSamePathAreLeftOut)
+{
+    Builder b;
+    const quint32 dir = b.addDirectory("docs");
+    b.addFile("replaced.txt", pattern(20, 1), dir);
+    b.addFile("gone.txt", pattern(20, 2), dir);
+    MountedLayer layer;
+    QTemporaryDir mount;
+    layer.mountPoint = mount.path();
+    QDir(mount.path()).mkpath("docs");
+    QFile live(mount.path() + "/docs/replaced.txt");
+    ASSERT_TRUE(live.open(QIODevice::WriteOnly));
+    live.close();
+    layer.addImageData("vol.img", b.build());
+    DeviceLayer::setInstance(&layer);
+    ScanHarness h(new NtfsVolumeScan(QStringLiteral("C")));
+    h.run();
+    EXPECT_EQ(h.files().keys(), QStringList({"docs/gone.txt"}));
+    DeviceLayer::setInstance(nullptr);
+}
+
+TEST(NtfsVolumeScan, MarksTheFirstClusterOfEachFoundRunForTheCarvingPass)
+{
+    Builder b;
+    Entry frag;
+    frag.names = {{"frag.bin"}};
+    frag.content = pattern(3 * 4096, 1);
+    const quint64 a = b.allocate(1);
+    const quint64 gap = b.allocate(1);
+    const quint64 c = b.allocate(2);
+    frag.extents = {{qint64(a), 1}, {qint64(c), 2}};
+    frag.deleted = true;
+    b.add(frag);
+    const QByteArray image = b.build();
+    auto* probe = new BitmapProbe(QStringLiteral("vol"), DeviceHandle(std::make_shared<MemorySource>(image)), 0);
+    probe->doExtra = true;
+    ScanHarness h(probe);
+    h.run();
+    EXPECT_EQ(probe->seenClusters, 1u);
+    ASSERT_EQ(probe->seen.size(), 4096);
+    EXPECT_TRUE(bit(probe->seen, 4)) << "the MFT, from $Bitmap";
+    EXPECT_TRUE(bit(probe->seen, a));
+    EXPECT_TRUE(bit(probe->seen, c));
+    EXPECT_FALSE(bit(probe->seen, c + 1)) << "only where a run begins";
+    EXPECT_FALSE(bit(probe->seen, gap)) << "free, and no run begins there";
+    EXPECT_TRUE(h.scan->clusterBitmap.isEmpty()) << "freed behind the carving pass";
+
+    QByteArray noBitmap = image; // $Bitmap's record unreadable: the scan goes on without marks
+    noBitmap.replace(int(b.slotOffset(6)), 4, "BAAD");
+    auto* blind = new BitmapProbe(QStringLiteral("vol"), DeviceHandle(std::make_shared<MemorySource>(noBitmap)), 0);
+    blind->doExtra = true;
+    ScanHarness h2(blind);
+    h2.run();
+    EXPECT_TRUE(blind->seen.isEmpty());
+    EXPECT_EQ(blind->seenClusters, 0u);
+    EXPECT_EQ(h2.files().keys(), QStringList({"frag.bin"}));
+}
+
+TEST(NtfsVolumeScanDeathTest, RefusesWhatItCannotScan)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Builder b;
+    b.addFile("x.txt", pattern(10, 1));
+    const QByteArray good = b.build();
+    QByteArray notNtfs = good;
+    notNtfs.replace(3, 4, "MSWI");
+    EXPECT_DEATH(scannerOn(notNtfs), "it's not a valid ntfs volume");
+    QByteArray record2048 = good;
+    record2048[0x40] = char(-11);
+    EXPECT_DEATH(scannerOn(record2048), "it's not a valid ntfs volume");
+    QByteArray badMft = good;
+    badMft.replace(4 * 4096, 4, "BAAD");
+    EXPECT_DEATH(scannerOn(badMft), "\\$MFT record has a bad header");
+    Builder noBitmap;
+    noBitmap.dropMftAttribute(0xB0);
+    EXPECT_DEATH(scannerOn(noBitmap.build()), "\\$MFT record has no \\$BITMAP");
+    EXPECT_DEATH(scannerOn(QByteArray(100, '\0')), "cannot read boot sector");
+
+    struct Failing {
+        quint64 position;
+        const char* message;
+    };
+    // The builder puts $MFT at cluster 4 and its $BITMAP at cluster 1.
+    for (const Failing& f : {Failing{4 * 4096, "cannot read \\$MFT record"},
+                             Failing{1 * 4096, "cannot read main mft bitmap"}}) {
+        auto source = std::make_shared<MemorySource>(good);
+        source->setReadFilter([f](quint64 pos, quint64) { return pos != f.position; });
+        EXPECT_DEATH(new NtfsVolumeScan("vol", DeviceHandle(source), 0), f.message);
+    }
+    auto failing = std::make_shared<MemorySource>(good);
+    failing->setReadFilter([](quint64 pos, quint64) { return pos != 6 * 4096; });
+    EXPECT_DEATH(
+        {
+            ScanHarness h(new NtfsVolumeScan("vol", DeviceHandle(failing), 0));
+            h.run();
+        },
+        "cannot read record cluster 24");
+}
+
+TEST(NtfsVolumeScan, SurvivesDamagedRecords)
+{
+    ShapesVolume v;
+    // Records 16 onward lie behind the sixteen system records; damage them byte by byte.
+    const int first = int(v.b.slotOffset(16));
+    const int end = int(v.b.slotOffset(40));
+    quint32 seed = 12345;
+    const auto next = [&seed] { return seed = seed * 1103515245u + 12345u; };
+    for (int round = 0; round < 200; ++round) {
+        QByteArray damaged = v.image;
+        for (int i = 0; i < 40; ++i)
+            damaged[first + int(next() % quint32(end - first))] = char(next() >> 16);
+        ScanHarness h(scannerOn(damaged));
+        h.run();
+        QTemporaryDir out;
+        h.scan->setRestoreDir(out.path());
+        h.scan->start();
+        waitForThread(h.scan.get());
+        for (NtfsFile* f : h.files())
+            h.content(f);
+    }
+}
