@@ -1,4 +1,5 @@
 #include "ntfs/NtfsVolumeScan.h"
+#include "carving/CarvingPass.h"
 #include "ntfs/FileNameAttribute.h"
 #include "ntfs/MftRecord.h"
 #include "ntfs/ParentChain.h"
@@ -324,7 +325,7 @@ void NtfsVolumeScan::run()
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
     if (doExtra && !stopped)
-        carvingPass(&totals.results, &totals.totalSize);
+        carvingPass(&totals.position, &totals.results, &totals.totalSize);
     clusterBitmap.clear();
     bitmapClusters = 0;
     emit scanDone(totals.results, totals.totalSize);
@@ -332,9 +333,24 @@ void NtfsVolumeScan::run()
               static_cast<unsigned long long>(totals.totalSize));
 }
 
-void NtfsVolumeScan::carvingPass(quint64*, quint64*)
+void NtfsVolumeScan::carvingPass(quint64* running, quint64* results, quint64* totalSize)
 {
-    qDebug() << "doextra";
+    CarvingContext c;
+    c.root = rootFolder;
+    c.partIndex = partIndex;
+    c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return read(buffer, bytes, partOffset + offset); };
+    c.checkPoint = [this] { return checkPoint(); };
+    c.runningNumber = running;
+    c.results = results;
+    c.totalSize = totalSize;
+    // Only the first run of $Bitmap was read; without it every cluster counts as free.
+    const quint64 bitmapBytes = qMin(quint64(clusterBitmap.size()), checked::mulSat(bitmapClusters, geometry.clusterBytes));
+    NtfsCarvingGeometry g;
+    g.clusterBytes = geometry.clusterBytes;
+    g.bitmap = clusterBitmap.isEmpty() ? nullptr : reinterpret_cast<const quint8*>(clusterBitmap.constData());
+    g.bitmapBytes = bitmapBytes;
+    g.clusterCount = volumeClusters;
+    CarvingPass::runNtfs(c, g);
 }
 
 void NtfsVolumeScan::loadClusterBitmap()

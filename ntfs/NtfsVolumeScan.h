@@ -49,7 +49,7 @@ protected:
     void run() override;
     // The signature carving pass over the clusters clusterBitmap leaves free;
     // adds what it finds to the totals.
-    virtual void carvingPass(quint64* results, quint64* totalSize);
+    virtual void carvingPass(quint64* running, quint64* results, quint64* totalSize);
 
 private:
     struct ScanTotals {

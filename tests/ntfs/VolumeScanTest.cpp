@@ -335,7 +335,7 @@ public:
     quint64 seenClusters = 0;
 
 protected:
-    void carvingPass(quint64*, quint64*) override
+    void carvingPass(quint64*, quint64*, quint64*) override
     {
         seen = clusterBitmap;
         seenClusters = bitmapClusters;
