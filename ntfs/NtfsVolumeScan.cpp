@@ -230,6 +230,7 @@ bool NtfsVolumeScan::parseFileRecord(uint8_t* record, MftRecordInfo& info)
 {
     auto* file = new NtfsFile;
     file->mftRecord = info.recordNumber;
+    file->recordOffset = info.foundAt;
     info.file = file;
     quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
     const int data = findAttribute(record, info.attrOffset, MftRecord::kDataType, remaining);
@@ -404,8 +405,11 @@ bool NtfsVolumeScan::recordLoop(qint64 limit, quint64 recordCount, ScanTotals* t
         if (place == BatchPlace::Inside) {
             if (readClusters(bytes, batchClusters, vcn, mftInfo.file->runs) <= 0)
                 qFatal("NtfsVolumeScan::run(): cannot read record cluster %d", int(batch));
-            for (quint32 i = 0; i < batchRecords; ++i)
-                scanRecord(bytes + i * geometry.recordBytes, totals->position + i, recordCount, totals);
+            for (quint32 i = 0; i < batchRecords; ++i) {
+                const quint64 streamByte = (vcn << geometry.clusterShift) + quint64(i) * geometry.recordBytes;
+                scanRecord(bytes + i * geometry.recordBytes, totals->position + i, recordCount,
+                           volumeOffsetOf(streamByte), totals);
+            }
         }
         totals->position += batchRecords;
         if (check % kCheckPointBatches == 0) {
@@ -424,9 +428,18 @@ bool NtfsVolumeScan::recordInUse(quint64 position) const
     return byte < quint64(mftBitmap.size()) && (quint8(mftBitmap.at(qsizetype(byte))) >> (position % 8)) & 1;
 }
 
-void NtfsVolumeScan::scanRecord(uint8_t* record, quint64 position, quint64 recordCount, ScanTotals* totals)
+quint64 NtfsVolumeScan::volumeOffsetOf(quint64 streamByte) const
+{
+    const QList<RunList::Extent> where = RunList::extents(mftInfo.file->runs, streamByte >> geometry.clusterShift, 1);
+    if (where.isEmpty() || where.first().sparse)
+        return 0;
+    return (where.first().lcn << geometry.clusterShift) + (streamByte & (geometry.clusterBytes - 1));
+}
+
+void NtfsVolumeScan::scanRecord(uint8_t* record, quint64 position, quint64 recordCount, quint64 foundAt, ScanTotals* totals)
 {
     MftRecordInfo info;
+    info.foundAt = foundAt;
     if (!parseRecordHeader(record, info))
         return;
     if (info.flags & MftRecord::kDirectoryFlag) {
@@ -604,7 +617,10 @@ quint64 NtfsVolumeScan::fileContent(char* buffer, FoundFile* record)
 QByteArray NtfsVolumeScan::residentContent(const NtfsFile* file)
 {
     QByteArray record(int(geometry.recordBytes), '\0');
-    readRecord(record.data(), file->mftRecord);
+    if (file->recordOffset != 0)
+        read(record.data(), geometry.recordBytes, file->recordOffset + partOffset);
+    else
+        readRecord(record.data(), file->mftRecord);
     MftRecordInfo info;
     parseRecordHeader(reinterpret_cast<uint8_t*>(record.data()), info);
     const quint64 start = qMin<quint64>(file->residentOffset, geometry.recordBytes);
