@@ -1,4 +1,5 @@
 #include "dialogs/DialogAbout.h"
+#include "app/AppFont.h"
 
 #include <QLabel>
 
@@ -13,12 +14,15 @@ DialogAbout::DialogAbout(QWidget* parent)
 
     auto* labelLeft = new QLabel(widget);
     labelLeft->setObjectName(QStringLiteral("labelLeft"));
-    labelLeft->setGeometry(100, 170, 191, 81);
-    labelLeft->setText(QStringLiteral(
-        "<p style=\"font-family:'微软雅黑'; font-size:25px; font-weight:600; color:#333333; margin:0;\">"
-        "Ostrel数据恢复2015</p>"
-        "<p style=\"font-family:'微软雅黑'; font-size:14px; font-weight:600; color:#333333; margin-top:8px;\">"
-        "版本 2015.5.1</p>"));
+    // Wide enough for the name in the fallback families too.
+    labelLeft->setGeometry(50, 170, 262, 81);
+    labelLeft->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+    const QString family = QStringLiteral("'微软雅黑','%1'").arg(AppFont::family());
+    labelLeft->setText(QStringLiteral("<p style=\"font-family:%1; font-size:25px; font-weight:600; color:#333333;"
+                                      " margin:0;\">Ostrel数据恢复2015</p>"
+                                      "<p style=\"font-family:%1; font-size:14px; font-weight:600; color:#333333;"
+                                      " margin-top:8px;\">版本 2015.5.1</p>")
+                           .arg(family));
 
     auto* labelRight = new QLabel(widget);
     labelRight->setObjectName(QStringLiteral("labelRight"));

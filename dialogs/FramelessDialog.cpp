@@ -31,6 +31,8 @@ FramelessDialog::FramelessDialog(QWidget* parent, const QString& title, const QS
     font.setBold(true);
     labelTitle->setFont(font);
     HoverStyle::paintBackground(labelTitle, kBarColour);
+    // The window's style sheet reaches labels and would drop the palette fill.
+    labelTitle->setStyleSheet(QStringLiteral("QLabel{background-color:%1;}").arg(kBarColour.name()));
 
     widget = new QWidget(this);
     widget->setObjectName(QStringLiteral("widget"));
