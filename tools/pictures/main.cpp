@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QMap>
 #include <QTextStream>
 
@@ -114,6 +115,28 @@ bool writeIcons(const QDir& dir)
     return ok;
 }
 
+// Lists every picture at the root of the resource tree, so that both
+// ":./name" and ":/name" reach it.
+bool writeQrc(const QDir& dir)
+{
+    QFile qrc(dir.filePath(QStringLiteral("resources.qrc")));
+    if (!qrc.open(QIODevice::WriteOnly | QIODevice::Text))
+        return false;
+    QTextStream out(&qrc);
+    out << "<!DOCTYPE RCC><RCC version=\"1.0\">\n<qresource prefix=\"/\">\n";
+    const QStringList pictures{QStringLiteral("*.png"), QStringLiteral("*.ico"), QStringLiteral("*.jpg")};
+    for (const QString& name : dir.entryList(pictures, QDir::Files, QDir::Name))
+        out << "    <file>" << name << "</file>\n";
+    QStringList icons = QDir(dir.filePath(QStringLiteral("icons"))).entryList(pictures, QDir::Files);
+    std::sort(icons.begin(), icons.end(), [](const QString& a, const QString& b) {
+        return a.section(QLatin1Char('.'), 0, 0).toInt() < b.section(QLatin1Char('.'), 0, 0).toInt();
+    });
+    for (const QString& name : icons)
+        out << "    <file>icons/" << name << "</file>\n";
+    out << "</qresource>\n</RCC>\n";
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -124,6 +147,6 @@ int main(int argc, char* argv[])
         return 2;
     }
     const QDir dir(QString::fromLocal8Bit(argv[1]));
-    const bool ok = writeWindowPictures(dir) && writeIcons(dir) && writeTypeIcons(dir);
+    const bool ok = writeWindowPictures(dir) && writeIcons(dir) && writeTypeIcons(dir) && writeQrc(dir);
     return ok ? 0 : 1;
 }
