@@ -307,10 +307,7 @@ void MainWidget::enterMode(int newMode)
     // Step 3's file lists need the icons even where the options page never shows.
     if (newMode != 1)
         FileTypeCatalogue::fillIconMap(iconMap);
-    if (step1Page)
-        showPage(step1Page);
-    else
-        buildStep1Page();
+    showStep(step1Page, &MainWidget::buildStep1Page);
     step1Page->caption->setText(QString::fromUtf8(kModeTexts[newMode - 1].caption));
     showDeviceRowsForMode();
 }
@@ -350,6 +347,23 @@ void MainWidget::showPage(QWidget* page)
     page->show();
 }
 
+// A later visit only shows the page; nothing on it is rebuilt or refreshed.
+void MainWidget::showStep(QWidget* page, void (MainWidget::*build)())
+{
+    if (page)
+        showPage(page);
+    else
+        (this->*build)();
+}
+
+void MainWidget::insertStepPage(StepPage* page, Hover buttons)
+{
+    mainLayout->insertWidget(kStepPageIndex, page, 1);
+    watchHover(page->prevButton, buttons);
+    if (page->nextButton)
+        watchHover(page->nextButton, buttons);
+}
+
 void MainWidget::showMainPage()
 {
     content->show();
@@ -359,9 +373,7 @@ void MainWidget::showMainPage()
 void MainWidget::buildStep1Page()
 {
     step1Page = new Step1Page(this);
-    mainLayout->insertWidget(kStepPageIndex, step1Page, 1);
-    watchHover(step1Page->prevButton, Hover::StepButton);
-    watchHover(step1Page->nextButton, Hover::StepButton);
+    insertStepPage(step1Page, Hover::StepButton);
     connect(step1Page->deviceTree, &QTreeWidget::itemClicked, this, &MainWidget::partitionClicked);
     connect(step1Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep1_clicked);
     connect(step1Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep1_clicked);
@@ -371,15 +383,13 @@ void MainWidget::buildStep1Page()
 void MainWidget::buildStep2Page()
 {
     step2Page = new Step2Page(this);
-    mainLayout->insertWidget(kStepPageIndex, step2Page, 1);
+    insertStepPage(step2Page, Hover::StepButton);
     loadFileTypes(step2Page->treeStep2);
     QTreeWidget* tree = step2Page->treeStep2;
     // Connected after the tree is filled, so filling it runs none of these.
     connect(tree, &QTreeWidget::itemChanged, this, &MainWidget::treeStep2_itemChanged);
     connect(tree, &QTreeWidget::itemClicked, this, &MainWidget::treeStep2_itemClicked);
     connect(tree, &QTreeWidget::itemDoubleClicked, this, &MainWidget::treeStep2_itemDoubleClicked);
-    watchHover(step2Page->prevButton, Hover::StepButton);
-    watchHover(step2Page->nextButton, Hover::StepButton);
     connect(step2Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep2_clicked);
     connect(step2Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep2_clicked);
     step2Page->show();
@@ -388,9 +398,7 @@ void MainWidget::buildStep2Page()
 void MainWidget::buildStep3Page()
 {
     step3Page = new Step3Page(this);
-    mainLayout->insertWidget(kStepPageIndex, step3Page, 1);
-    watchHover(step3Page->prevButton, Hover::StepButton);
-    watchHover(step3Page->nextButton, Hover::StepButton);
+    insertStepPage(step3Page, Hover::StepButton);
     connect(step3Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep3_clicked);
     QTreeView* tree = step3Page->treeStep3;
     connect(tree, &QTreeView::clicked, this, &MainWidget::treeStep3_clicked);
@@ -406,8 +414,7 @@ void MainWidget::buildStep3Page()
 void MainWidget::buildStep4Page()
 {
     step4Page = new Step4Page(this);
-    mainLayout->insertWidget(kStepPageIndex, step4Page, 1);
-    watchHover(step4Page->prevButton, Hover::Hand);
+    insertStepPage(step4Page, Hover::Hand);
     watchHover(step4Page->returnToMainButton, Hover::Hand);
     connect(step4Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep4_clicked);
     connect(step4Page->returnToMainButton, &QPushButton::clicked, this, &MainWidget::returnToMainButtonClicked);
@@ -417,10 +424,7 @@ void MainWidget::buildStep4Page()
 // Shows Step 3 with its Prev leading back by the given slot, and starts the scan.
 void MainWidget::enterStep3(void (MainWidget::*prevSlot)())
 {
-    if (step3Page)
-        showPage(step3Page);
-    else
-        buildStep3Page();
+    showStep(step3Page, &MainWidget::buildStep3Page);
     QPushButton* prev = step3Page->prevButton;
     disconnect(prev, &QPushButton::clicked, this, &MainWidget::prevbtnStep3_clicked);
     disconnect(prev, &QPushButton::clicked, this, &MainWidget::prevbtnStep3Type2_clicked);
@@ -454,10 +458,7 @@ void MainWidget::nextbtnStep1_clicked()
     }
     step1Page->hide();
     if (recoveryMode == 1) {
-        if (step2Page)
-            showPage(step2Page);
-        else
-            buildStep2Page();
+        showStep(step2Page, &MainWidget::buildStep2Page);
         return;
     }
     enterStep3(&MainWidget::prevbtnStep3Type2_clicked);
@@ -552,10 +553,7 @@ void MainWidget::nextbtnStep3_clicked()
     delete scanTimer;
     scanTimer = nullptr;
     step3Page->hide();
-    if (step4Page)
-        showPage(step4Page);
-    else
-        buildStep4Page();
+    showStep(step4Page, &MainWidget::buildStep4Page);
 }
 
 void MainWidget::treeStep3_itemExpanded(const QModelIndex& index)

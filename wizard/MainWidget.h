@@ -17,6 +17,7 @@ class Step1Page;
 class Step2Page;
 class Step3Page;
 class Step4Page;
+class StepPage;
 class TitleBar;
 
 // The program's one window and the whole recovery wizard: a frameless shell
@@ -123,6 +124,8 @@ private:
     void showDeviceRowsForMode();
     void showMainPage();
     void showPage(QWidget* page);
+    void showStep(QWidget* page, void (MainWidget::*build)());
+    void insertStepPage(StepPage* page, Hover buttons);
     void enterStep3(void (MainWidget::*prevSlot)());
     bool hoverEvent(QWidget* widget, Hover kind, bool entering);
     void setTitle(const QString& title);
