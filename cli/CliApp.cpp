@@ -56,14 +56,14 @@ struct Failure {
 };
 
 // The device layer the commands use: the machine's disks and the images
-// folder, or with --images-only the image files alone (tests never look at the
-// host's disks).
+// folder, or with --images-only just the image files the command names (so
+// scripts and tests see neither the host's disks nor the images folder).
 class Devices {
 public:
     explicit Devices(bool imagesOnly)
     {
         if (imagesOnly) {
-            m_own = std::make_unique<ImageDeviceLayer>(ImageDeviceLayer::defaultFolder());
+            m_own = std::make_unique<ImageDeviceLayer>();
             m_layer = m_own.get();
             DeviceLayer::setInstance(m_layer);
         } else {
@@ -93,7 +93,7 @@ void addCommonOptions(QCommandLineParser& parser)
     parser.addHelpOption();
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print one JSON document.")});
     parser.addOption({QStringLiteral("image"), QStringLiteral("Add an image file to the device list."), QStringLiteral("FILE")});
-    parser.addOption({QStringLiteral("images-only"), QStringLiteral("List image files only, not the machine's disks.")});
+    parser.addOption({QStringLiteral("images-only"), QStringLiteral("Use only the image files named here: not the machine's disks, not the images folder.")});
 }
 
 int devicesCommand(const QStringList& args)

@@ -18,4 +18,5 @@ struct MftRecordInfo {
     QString path;
     NtfsFile* file = nullptr;
     bool filed = false; // the file went into the result tree, which owns it now
+    quint64 foundAt = 0; // byte offset on the volume where the scan read this record; 0 unknown
 };

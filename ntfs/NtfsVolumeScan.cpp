@@ -1,4 +1,5 @@
 #include "ntfs/NtfsVolumeScan.h"
+#include "carving/CarvingPass.h"
 #include "ntfs/FileNameAttribute.h"
 #include "ntfs/MftRecord.h"
 #include "ntfs/ParentChain.h"
@@ -229,6 +230,7 @@ bool NtfsVolumeScan::parseFileRecord(uint8_t* record, MftRecordInfo& info)
 {
     auto* file = new NtfsFile;
     file->mftRecord = info.recordNumber;
+    file->recordOffset = info.foundAt;
     info.file = file;
     quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
     const int data = findAttribute(record, info.attrOffset, MftRecord::kDataType, remaining);
@@ -324,7 +326,7 @@ void NtfsVolumeScan::run()
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
     if (doExtra && !stopped)
-        carvingPass(&totals.results, &totals.totalSize);
+        carvingPass(&totals.position, &totals.results, &totals.totalSize);
     clusterBitmap.clear();
     bitmapClusters = 0;
     emit scanDone(totals.results, totals.totalSize);
@@ -332,9 +334,24 @@ void NtfsVolumeScan::run()
               static_cast<unsigned long long>(totals.totalSize));
 }
 
-void NtfsVolumeScan::carvingPass(quint64*, quint64*)
+void NtfsVolumeScan::carvingPass(quint64* running, quint64* results, quint64* totalSize)
 {
-    qDebug() << "doextra";
+    CarvingContext c;
+    c.root = rootFolder;
+    c.partIndex = partIndex;
+    c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return read(buffer, bytes, partOffset + offset); };
+    c.checkPoint = [this] { return checkPoint(); };
+    c.runningNumber = running;
+    c.results = results;
+    c.totalSize = totalSize;
+    // Only the first run of $Bitmap was read; without it every cluster counts as free.
+    const quint64 bitmapBytes = qMin(quint64(clusterBitmap.size()), checked::mulSat(bitmapClusters, geometry.clusterBytes));
+    NtfsCarvingGeometry g;
+    g.clusterBytes = geometry.clusterBytes;
+    g.bitmap = clusterBitmap.isEmpty() ? nullptr : reinterpret_cast<const quint8*>(clusterBitmap.constData());
+    g.bitmapBytes = bitmapBytes;
+    g.clusterCount = volumeClusters;
+    CarvingPass::runNtfs(c, g);
 }
 
 void NtfsVolumeScan::loadClusterBitmap()
@@ -388,8 +405,11 @@ bool NtfsVolumeScan::recordLoop(qint64 limit, quint64 recordCount, ScanTotals* t
         if (place == BatchPlace::Inside) {
             if (readClusters(bytes, batchClusters, vcn, mftInfo.file->runs) <= 0)
                 qFatal("NtfsVolumeScan::run(): cannot read record cluster %d", int(batch));
-            for (quint32 i = 0; i < batchRecords; ++i)
-                scanRecord(bytes + i * geometry.recordBytes, totals->position + i, recordCount, totals);
+            for (quint32 i = 0; i < batchRecords; ++i) {
+                const quint64 streamByte = (vcn << geometry.clusterShift) + quint64(i) * geometry.recordBytes;
+                scanRecord(bytes + i * geometry.recordBytes, totals->position + i, recordCount,
+                           volumeOffsetOf(streamByte), totals);
+            }
         }
         totals->position += batchRecords;
         if (check % kCheckPointBatches == 0) {
@@ -408,9 +428,18 @@ bool NtfsVolumeScan::recordInUse(quint64 position) const
     return byte < quint64(mftBitmap.size()) && (quint8(mftBitmap.at(qsizetype(byte))) >> (position % 8)) & 1;
 }
 
-void NtfsVolumeScan::scanRecord(uint8_t* record, quint64 position, quint64 recordCount, ScanTotals* totals)
+quint64 NtfsVolumeScan::volumeOffsetOf(quint64 streamByte) const
+{
+    const QList<RunList::Extent> where = RunList::extents(mftInfo.file->runs, streamByte >> geometry.clusterShift, 1);
+    if (where.isEmpty() || where.first().sparse)
+        return 0;
+    return (where.first().lcn << geometry.clusterShift) + (streamByte & (geometry.clusterBytes - 1));
+}
+
+void NtfsVolumeScan::scanRecord(uint8_t* record, quint64 position, quint64 recordCount, quint64 foundAt, ScanTotals* totals)
 {
     MftRecordInfo info;
+    info.foundAt = foundAt;
     if (!parseRecordHeader(record, info))
         return;
     if (info.flags & MftRecord::kDirectoryFlag) {
@@ -588,7 +617,10 @@ quint64 NtfsVolumeScan::fileContent(char* buffer, FoundFile* record)
 QByteArray NtfsVolumeScan::residentContent(const NtfsFile* file)
 {
     QByteArray record(int(geometry.recordBytes), '\0');
-    readRecord(record.data(), file->mftRecord);
+    if (file->recordOffset != 0)
+        read(record.data(), geometry.recordBytes, file->recordOffset + partOffset);
+    else
+        readRecord(record.data(), file->mftRecord);
     MftRecordInfo info;
     parseRecordHeader(reinterpret_cast<uint8_t*>(record.data()), info);
     const quint64 start = qMin<quint64>(file->residentOffset, geometry.recordBytes);

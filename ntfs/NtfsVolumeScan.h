@@ -49,7 +49,7 @@ protected:
     void run() override;
     // The signature carving pass over the clusters clusterBitmap leaves free;
     // adds what it finds to the totals.
-    virtual void carvingPass(quint64* results, quint64* totalSize);
+    virtual void carvingPass(quint64* running, quint64* results, quint64* totalSize);
 
 private:
     struct ScanTotals {
@@ -73,7 +73,9 @@ private:
     void loadClusterBitmap();
     bool recordLoop(qint64 limit, quint64 recordCount, ScanTotals* totals);
     BatchPlace batchPlace(quint64 vcn, quint32 clusters) const;
-    void scanRecord(uint8_t* record, quint64 position, quint64 recordCount, ScanTotals* totals);
+    void scanRecord(uint8_t* record, quint64 position, quint64 recordCount, quint64 foundAt, ScanTotals* totals);
+    // Volume byte offset of a byte of the MFT stream as the record loop reads it; 0 for none.
+    quint64 volumeOffsetOf(quint64 streamByte) const;
     void recordDirectory(const uint8_t* record, MftRecordInfo& info);
     bool recordInUse(quint64 position) const;
     bool filterAccepts(const QString& name) const;

@@ -7,7 +7,11 @@
 // A file found in an MFT record, or carved from free clusters of an NTFS volume.
 struct NtfsFile : FoundFile {
     ~NtfsFile() override { qDeleteAll(runs); }
-    quint32 mftRecord = 0;      // locates the record again for resident content
+    quint32 mftRecord = 0;      // the number the record states
+    // Where the scan read the record, as a byte offset on the volume; resident
+    // content is read again from there. A record found in a later MFT fragment
+    // or left over from an earlier MFT does not lie where its number says.
+    quint64 recordOffset = 0;
     bool resident = false;      // content lies inside the MFT record
     quint16 residentOffset = 0; // from the start of the record
     QList<DataRun*> runs;

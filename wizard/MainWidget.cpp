@@ -1,13 +1,605 @@
 #include "wizard/MainWidget.h"
+#include "app/HoverStyle.h"
+#include "app/Resources.h"
+#include "dialogs/DialogAbout.h"
+#include "dialogs/DialogContactUs.h"
+#include "dialogs/QqScript.h"
+#include "filetypes/FileTypeCatalogue.h"
+#include "results/TreeModel.h"
+#include "scan/PartScan.h"
+#include "wizard/Footer.h"
+#include "wizard/MainPage.h"
+#include "wizard/Step1Page.h"
+#include "wizard/Step2Page.h"
+#include "wizard/Step3Page.h"
+#include "wizard/Step4Page.h"
+#include "wizard/TitleBar.h"
+#include "app/AppFont.h"
+
+#include <QEvent>
+#include <QLabel>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QStyle>
+#include <QTimer>
+#include <QToolButton>
+#include <QTreeView>
+#include <QTreeWidget>
+#include <QVBoxLayout>
 
 namespace {
 constexpr int kWidth = 884;
 constexpr int kHeight = 667;
-}
+constexpr int kTitleButtonWidth = 30;
+constexpr int kTitleButtonHeight = 33;
+constexpr int kFadeMsecs = 1000;
+constexpr int kStepPageIndex = 1;
+const char* const kHoverProperty = "ostrelHover";
+const QColor kWindowColour(234, 240, 254);
+const QColor kTitleButtonHover(66, 138, 221);
+const QColor kCloseHover(216, 70, 71);
+const QColor kStepButtonHover(166, 244, 255);
+
+const QString kMainTitle = QStringLiteral("Ostrel数据恢复");
+
+// Title and Step 1 caption of each recovery mode, by mode number less one.
+struct ModeTexts {
+    const char* title;
+    const char* caption;
+};
+const ModeTexts kModeTexts[] = {
+    {"Ostrel数据恢复——文件恢复", "请选择要恢复的文件所在的分区："},
+    {"Ostrel数据恢复——格式化恢复", "请选择要恢复的文件所在的分区："},
+    {"Ostrel数据恢复——分区恢复", "请选择一个分区："},
+};
+
+const char* const kStyleSheet =
+    "QLabel{border:none;}"
+    "QToolButton{background-color:transparent;border:none;}"
+    "QScrollBar:vertical{background:#f1f1f1;width:14px;margin:14px 0 14px 0;border:none;}"
+    "QScrollBar:horizontal{background:#f1f1f1;height:14px;margin:0 14px 0 14px;border:none;}"
+    "QScrollBar::handle{background:#bcbcbc;border-radius:3px;}"
+    "QScrollBar::handle:vertical{min-height:24px;margin:0 3px;}"
+    "QScrollBar::handle:horizontal{min-width:24px;margin:3px 0;}"
+    "QScrollBar::add-page,QScrollBar::sub-page{background:none;}"
+    "QScrollBar::add-line,QScrollBar::sub-line{background:#f1f1f1;border:none;subcontrol-origin:margin;}"
+    "QScrollBar::add-line:vertical{height:14px;subcontrol-position:bottom;}"
+    "QScrollBar::sub-line:vertical{height:14px;subcontrol-position:top;}"
+    "QScrollBar::add-line:horizontal{width:14px;subcontrol-position:right;}"
+    "QScrollBar::sub-line:horizontal{width:14px;subcontrol-position:left;}"
+    "QScrollBar::up-arrow{image:url(:/up.png);}"
+    "QScrollBar::down-arrow{image:url(:/down.png);}"
+    "QScrollBar::left-arrow{image:url(:/left.png);}"
+    "QScrollBar::right-arrow{image:url(:/right.png);}"
+    "QProgressBar{border:1px solid #c5c5c7;background:#ffffff;}"
+    "QProgressBar::chunk{background-color:#3d71bc;}"
+    "QHeaderView::section{background-color:#f3f4f6;border:1px solid #e5e6e7;height:24px;}"
+    "QTreeView::item{height:24px;border-bottom:1px solid #d9d9d9;}"
+    "QTreeView::item:selected,QListView::item:selected{background:#b5d9ff;color:#000000;}"
+    "QTreeView::item:hover,QListView::item:hover{background:qlineargradient(x1:0,y1:0,x2:0,y2:1,"
+    "stop:0 #e7effd,stop:1 #cbdaf1);}"
+    "QWidget#box{border:1px solid #797979;}"
+    "QTreeView#treeStep3::branch{border-image:none;image:none;}"
+    "QTreeView#treeStep3::branch:has-children:closed{image:url(:/right.png);}"
+    "QTreeView#treeStep3::branch:has-children:open{image:url(:/down.png);}"
+    "QTreeView::indicator:unchecked{image:url(:/unchecked.ico);}"
+    "QTreeView::indicator:checked{image:url(:/checked.ico);}"
+    "QTreeView::indicator:indeterminate{image:url(:/checked1.ico);}";
+} // namespace
 
 MainWidget::MainWidget(QWidget* parent) : QWidget(parent)
 {
-    setWindowTitle(QStringLiteral("Ostrel数据恢复"));
+    Resources::load();
+    setWindowFlags(Qt::FramelessWindowHint | Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint);
     resize(kWidth, kHeight);
     setMinimumSize(kWidth, kHeight);
+    setWindowTitle(kMainTitle);
+    setWindowIcon(QIcon(QStringLiteral(":./32方形.ico")));
+    HoverStyle::paintBackground(this, kWindowColour);
+
+    titleBar = new TitleBar(this);
+    content = new MainPage(this);
+    footer = new Footer(this);
+    mainLayout = new QVBoxLayout(this);
+    mainLayout->setContentsMargins(0, 0, 0, 0);
+    mainLayout->setSpacing(0);
+    mainLayout->addWidget(titleBar);
+    mainLayout->addWidget(content, 1);
+    mainLayout->addWidget(footer);
+
+    titleBar->labelTitle->installEventFilter(this);
+    for (QPushButton* button : content->modeButtons())
+        watchHover(button, Hover::Hand);
+    for (QPushButton* button : {footer->pushButtonQQ, footer->pushButtonAbout, footer->pushButtonContactUs})
+        watchHover(button, Hover::Hand);
+    setupTitleButtons();
+    setStyleSheet(QLatin1String(kStyleSheet));
+    QMetaObject::connectSlotsByName(this);
+    fadeIn();
 }
+
+MainWidget::~MainWidget() = default;
+
+QWidget* MainWidget::titleLabel() const
+{
+    return titleBar->labelTitle;
+}
+
+void MainWidget::setupTitleButtons()
+{
+    const QStyle::StandardPixmap pixmaps[] = {QStyle::SP_TitleBarMinButton, QStyle::SP_TitleBarMaxButton,
+                                              QStyle::SP_TitleBarCloseButton};
+    const QString tips[] = {tr("最小化"), tr("最大化"), tr("关闭")};
+    QToolButton* buttons[3];
+    for (int i = 0; i < 3; ++i) {
+        buttons[i] = new QToolButton(this);
+        buttons[i]->setIcon(style()->standardPixmap(pixmaps[i]));
+        buttons[i]->setToolTip(tips[i]);
+        buttons[i]->setGeometry(width() - kTitleButtonWidth * (3 - i), 0, kTitleButtonWidth, kTitleButtonHeight);
+    }
+    minButton = buttons[0];
+    maxButton = buttons[1];
+    closeButton = buttons[2];
+    connect(minButton, &QToolButton::clicked, this, &MainWidget::minbtn_clicked);
+    connect(maxButton, &QToolButton::clicked, this, &MainWidget::maxbtn_clicked);
+    connect(closeButton, &QToolButton::clicked, this, &MainWidget::closebtn_clicked);
+    watchHover(minButton, Hover::TitleButton);
+    watchHover(maxButton, Hover::TitleButton);
+    watchHover(closeButton, Hover::CloseButton);
+}
+
+void MainWidget::fadeIn()
+{
+    auto* animation = new QPropertyAnimation(this, "windowOpacity", this);
+    animation->setDuration(kFadeMsecs);
+    animation->setStartValue(0.0);
+    animation->setEndValue(1.0);
+    animation->setEasingCurve(QEasingCurve::OutCurve);
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void MainWidget::showMessage(const QString& text)
+{
+    QMessageBox box(this);
+    QFont font(QStringLiteral("SimSun"), 10);
+    font.setFamilies({QStringLiteral("SimSun"), AppFont::family()});
+    box.setFont(font);
+    box.setIcon(QMessageBox::Information);
+    box.setWindowTitle(tr("提示"));
+    box.setWindowIcon(QIcon());
+    box.setText(text);
+    QPushButton* ok = box.addButton(tr("确定"), QMessageBox::AcceptRole);
+    ok->setFont(font);
+    box.exec();
+}
+
+// ---- The frameless shell ----
+
+void MainWidget::watchHover(QWidget* widget, Hover kind)
+{
+    // Kept on the widget itself, so it goes with the widget.
+    widget->setProperty(kHoverProperty, int(kind));
+    widget->installEventFilter(this);
+}
+
+bool MainWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    // A double click on the title would otherwise reach the label.
+    if (watched == titleBar->labelTitle && event->type() == QEvent::MouseButtonDblClick)
+        return true;
+    const bool entering = event->type() == QEvent::Enter;
+    if (entering || event->type() == QEvent::Leave) {
+        const QVariant kind = watched->property(kHoverProperty);
+        if (kind.isValid() && watched->isWidgetType())
+            return hoverEvent(static_cast<QWidget*>(watched), Hover(kind.toInt()), entering);
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+bool MainWidget::hoverEvent(QWidget* widget, Hover kind, bool entering)
+{
+    switch (kind) {
+    case Hover::TitleButton:
+    case Hover::CloseButton:
+        if (entering)
+            HoverStyle::fill(widget, kind == Hover::CloseButton ? kCloseHover : kTitleButtonHover);
+        else
+            HoverStyle::plainToolButton(widget);
+        break;
+    case Hover::StepButton:
+        if (entering)
+            HoverStyle::fill(widget, kStepButtonHover);
+        else
+            HoverStyle::plainPushButton(widget);
+        [[fallthrough]];
+    case Hover::Hand:
+        setCursor(entering ? Qt::PointingHandCursor : Qt::ArrowCursor);
+        break;
+    }
+    return true;
+}
+
+// Any spot that no child takes the press for moves the window.
+void MainWidget::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    dragging = true;
+    dragOffset = event->globalPosition().toPoint() - pos();
+    event->accept();
+}
+
+void MainWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    if (dragging && event->buttons() != Qt::NoButton) {
+        move(event->globalPosition().toPoint() - dragOffset);
+        event->accept();
+    }
+}
+
+void MainWidget::mouseReleaseEvent(QMouseEvent*)
+{
+    dragging = false;
+}
+
+void MainWidget::minbtn_clicked()
+{
+    showMinimized();
+}
+
+// The window has one size.
+void MainWidget::maxbtn_clicked() {}
+
+void MainWidget::closebtn_clicked()
+{
+    close();
+}
+
+// ---- Main page and footer ----
+
+void MainWidget::on_pushButtonAbout_clicked()
+{
+    DialogAbout dialog(this);
+    dialog.exec();
+}
+
+void MainWidget::on_pushButtonQQ_clicked()
+{
+    QqScript::run();
+}
+
+void MainWidget::on_pushButtonContactUs_clicked()
+{
+    DialogContactUs dialog(this);
+    dialog.exec();
+}
+
+void MainWidget::on_pushButtonFileRecovery_clicked()
+{
+    enterMode(1);
+}
+
+void MainWidget::on_pushButtonFormatRecovery_clicked()
+{
+    enterMode(2);
+}
+
+void MainWidget::on_pushButtonPartitionRecovery_clicked()
+{
+    enterMode(3);
+}
+
+void MainWidget::resetWizardState()
+{
+    state.reset();
+}
+
+void MainWidget::enterMode(int newMode)
+{
+    recoveryMode = quint8(newMode);
+    resetWizardState();
+    state.doExtra = newMode == 2 ? 1 : 0;
+    setTitle(QString::fromUtf8(kModeTexts[newMode - 1].title));
+    content->hide();
+    // Step 3's file lists need the icons even where the options page never shows.
+    if (newMode != 1)
+        FileTypeCatalogue::fillIconMap(iconMap);
+    showStep(step1Page, &MainWidget::buildStep1Page);
+    step1Page->caption->setText(QString::fromUtf8(kModeTexts[newMode - 1].caption));
+    showDeviceRowsForMode();
+}
+
+// Partition recovery picks a whole disk; the other modes pick a partition.
+void MainWidget::showDeviceRowsForMode()
+{
+    const bool wholeDisk = recoveryMode == 3;
+    QTreeWidget* tree = step1Page->deviceTree;
+    for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+        QTreeWidgetItem* row = tree->topLevelItem(i);
+        const bool diskRow = row->data(0, Qt::UserRole).toString().isEmpty();
+        if (diskRow) {
+            row->setHidden(false);
+            row->setFlags(wholeDisk ? row->flags() | Qt::ItemIsSelectable : row->flags() & ~Qt::ItemIsSelectable);
+        } else {
+            row->setHidden(wholeDisk);
+        }
+    }
+}
+
+void MainWidget::setTitle(const QString& title)
+{
+    titleBar->labelTitle->setText(title);
+}
+
+void MainWidget::loadFileTypes(QTreeWidget* tree)
+{
+    FileTypeCatalogue::addToTree(tree);
+    FileTypeCatalogue::fillIconMap(iconMap);
+}
+
+// ---- Page handling ----
+
+void MainWidget::showPage(QWidget* page)
+{
+    page->show();
+}
+
+// A later visit only shows the page; nothing on it is rebuilt or refreshed.
+void MainWidget::showStep(QWidget* page, void (MainWidget::*build)())
+{
+    if (page)
+        showPage(page);
+    else
+        (this->*build)();
+}
+
+void MainWidget::insertStepPage(StepPage* page, Hover buttons)
+{
+    mainLayout->insertWidget(kStepPageIndex, page, 1);
+    watchHover(page->prevButton, buttons);
+    if (page->nextButton)
+        watchHover(page->nextButton, buttons);
+}
+
+void MainWidget::showMainPage()
+{
+    content->show();
+    setTitle(kMainTitle);
+}
+
+void MainWidget::buildStep1Page()
+{
+    step1Page = new Step1Page(this);
+    insertStepPage(step1Page, Hover::StepButton);
+    connect(step1Page->deviceTree, &QTreeWidget::itemClicked, this, &MainWidget::partitionClicked);
+    connect(step1Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep1_clicked);
+    connect(step1Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep1_clicked);
+    step1Page->show();
+}
+
+void MainWidget::buildStep2Page()
+{
+    step2Page = new Step2Page(this);
+    insertStepPage(step2Page, Hover::StepButton);
+    loadFileTypes(step2Page->treeStep2);
+    QTreeWidget* tree = step2Page->treeStep2;
+    // Connected after the tree is filled, so filling it runs none of these.
+    connect(tree, &QTreeWidget::itemChanged, this, &MainWidget::treeStep2_itemChanged);
+    connect(tree, &QTreeWidget::itemClicked, this, &MainWidget::treeStep2_itemClicked);
+    connect(tree, &QTreeWidget::itemDoubleClicked, this, &MainWidget::treeStep2_itemDoubleClicked);
+    connect(step2Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep2_clicked);
+    connect(step2Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep2_clicked);
+    step2Page->show();
+}
+
+void MainWidget::buildStep3Page()
+{
+    step3Page = new Step3Page(this);
+    insertStepPage(step3Page, Hover::StepButton);
+    connect(step3Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep3_clicked);
+    QTreeView* tree = step3Page->treeStep3;
+    connect(tree, &QTreeView::clicked, this, &MainWidget::treeStep3_clicked);
+    connect(tree, &QTreeView::expanded, this, &MainWidget::treeStep3_itemExpanded);
+    connect(tree, &QTreeView::collapsed, this, &MainWidget::treeStep3_itemCollapsed);
+    connect(step3Page->treeStep3ForList, &QTreeWidget::itemDoubleClicked, this,
+            &MainWidget::treeStep3ForList_doubleClicked);
+    connect(step3Page->listStep3ForIcon, &QListWidget::itemDoubleClicked, this,
+            &MainWidget::listStep3ForIcon_doubleClicked);
+    step3Page->show();
+}
+
+void MainWidget::buildStep4Page()
+{
+    step4Page = new Step4Page(this);
+    insertStepPage(step4Page, Hover::Hand);
+    watchHover(step4Page->returnToMainButton, Hover::Hand);
+    connect(step4Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep4_clicked);
+    connect(step4Page->returnToMainButton, &QPushButton::clicked, this, &MainWidget::returnToMainButtonClicked);
+    step4Page->show();
+}
+
+// Shows Step 3 with its Prev leading back by the given slot, and starts the scan.
+void MainWidget::enterStep3(void (MainWidget::*prevSlot)())
+{
+    showStep(step3Page, &MainWidget::buildStep3Page);
+    QPushButton* prev = step3Page->prevButton;
+    disconnect(prev, &QPushButton::clicked, this, &MainWidget::prevbtnStep3_clicked);
+    disconnect(prev, &QPushButton::clicked, this, &MainWidget::prevbtnStep3Type2_clicked);
+    connect(prev, &QPushButton::clicked, this, prevSlot);
+    state.currentPrevButton = prev;
+    state.currentNextButton = step3Page->nextButton;
+    state.currentIconList = step3Page->listStep3ForIcon;
+    state.currentFileList = step3Page->treeStep3ForList;
+    startScan();
+}
+
+// ---- Step 1 ----
+
+void MainWidget::prevbtnStep1_clicked()
+{
+    showMainPage();
+    step1Page->hide();
+}
+
+void MainWidget::nextbtnStep1_clicked()
+{
+    const bool chosen = step1Page->deviceTree->currentItem() != nullptr;
+    if (recoveryMode == 3) {
+        if (!chosen || state.diskNumber == -1) {
+            showMessage(tr("请选择磁盘"));
+            return;
+        }
+    } else if (!chosen || state.diskNumber == -1 || state.partitionNumber == -1) {
+        showMessage(tr("请选择分区"));
+        return;
+    }
+    step1Page->hide();
+    if (recoveryMode == 1) {
+        showStep(step2Page, &MainWidget::buildStep2Page);
+        return;
+    }
+    enterStep3(&MainWidget::prevbtnStep3Type2_clicked);
+}
+
+void MainWidget::partitionClicked(QTreeWidgetItem* item, int)
+{
+    state.diskNumber = item->data(1, Qt::UserRole).toInt();
+    const QString key = item->data(0, Qt::UserRole).toString();
+    if (key.isEmpty()) {
+        state.partitionNumber = -1;
+        state.driveLetter = '@';
+        state.diskName = item->text(0);
+    } else {
+        const QStringList parts = key.split(QLatin1Char('|'));
+        state.partitionNumber = parts.value(0).toInt();
+        const QString letter = parts.value(1);
+        state.driveLetter = letter.isEmpty() ? '@' : letter.at(0).toLatin1();
+    }
+    qDebug() << "diskNumber" << state.diskNumber << "partitionNumber" << state.partitionNumber << "driveLetter"
+             << state.driveLetter;
+}
+
+// ---- Step 2 ----
+
+void MainWidget::scanModeClicked(int id)
+{
+    state.doExtra = id == 1 ? 0 : 1;
+}
+
+void MainWidget::fileTypeClicked(int id)
+{
+    state.fileFilter = id == 3 ? QStringLiteral("*") : QString();
+}
+
+void MainWidget::prevbtnStep2_clicked()
+{
+    step2Page->hide();
+    showPage(step1Page);
+}
+
+void MainWidget::nextbtnStep2_clicked()
+{
+    if (state.fileFilter != QLatin1String("*")) {
+        QStringList endings;
+        QTreeWidget* tree = step2Page->treeStep2;
+        for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+            const QTreeWidgetItem* category = tree->topLevelItem(i);
+            for (int j = 0; j < category->childCount(); ++j) {
+                if (category->child(j)->checkState(0) == Qt::Checked)
+                    endings.append(category->child(j)->text(1));
+            }
+        }
+        state.fileFilter = endings.join(QLatin1Char(';'));
+    }
+    step2Page->hide();
+    enterStep3(&MainWidget::prevbtnStep3_clicked);
+}
+
+// The options page's radio buttons and three-state type tree arrive with its
+// content; until then the defaults (quick scan, all types) stand.
+void MainWidget::fileTypeToggled(bool) {}
+void MainWidget::selectAllBtn_clicked(bool) {}
+void MainWidget::selectNoneBtn_clicked(bool) {}
+void MainWidget::treeStep2_itemChanged(QTreeWidgetItem*, int) {}
+void MainWidget::treeStep2_itemClicked(QTreeWidgetItem*, int) {}
+void MainWidget::treeStep2_itemDoubleClicked(QTreeWidgetItem*, int) {}
+void MainWidget::treeItem_checkAllChild(QTreeWidgetItem*, bool) {}
+void MainWidget::treeItem_checkAllChild_recursion(QTreeWidgetItem*, bool) {}
+void MainWidget::checkSibling(QTreeWidgetItem*) {}
+void MainWidget::treeItem_CheckChildChanged(QTreeWidgetItem*) {}
+
+// ---- Step 3 ----
+
+// The scan itself is started here once the scan page has its controls.
+void MainWidget::startScan() {}
+
+void MainWidget::prevbtnStep3_clicked()
+{
+    step3Page->hide();
+    showPage(step2Page);
+}
+
+void MainWidget::prevbtnStep3Type2_clicked()
+{
+    step3Page->hide();
+    showPage(step1Page);
+}
+
+void MainWidget::nextbtnStep3_clicked()
+{
+    delete scanTimer;
+    scanTimer = nullptr;
+    step3Page->hide();
+    showStep(step4Page, &MainWidget::buildStep4Page);
+}
+
+void MainWidget::treeStep3_itemExpanded(const QModelIndex& index)
+{
+    step3Page->treeStep3->model()->setData(index, true, Qt::DecorationRole);
+}
+
+void MainWidget::treeStep3_itemCollapsed(const QModelIndex& index)
+{
+    step3Page->treeStep3->model()->setData(index, false, Qt::DecorationRole);
+}
+
+// The result browser and the scan controls fill these in with their widgets.
+void MainWidget::treeStep3_clicked(const QModelIndex&) {}
+void MainWidget::treeStep3ForList_doubleClicked(QTreeWidgetItem*, int) {}
+void MainWidget::listStep3ForIcon_doubleClicked(QListWidgetItem*) {}
+void MainWidget::displayModeChanged(int) {}
+void MainWidget::fileNameButton_clicked() {}
+void MainWidget::lastModificationButton_clicked() {}
+void MainWidget::fileSizeButton_clicked() {}
+void MainWidget::pauseButton_clicked() {}
+void MainWidget::stopButton_clicked() {}
+void MainWidget::timerTimeout() {}
+void MainWidget::scanBegin(int) {}
+void MainWidget::scanOne(int) {}
+void MainWidget::scanDone(quint64, quint64) {}
+void MainWidget::diskScanBegin(int, const QString&) {}
+void MainWidget::diskScanEnd() {}
+
+// ---- Step 4 ----
+
+void MainWidget::prevbtnStep4_clicked()
+{
+    step4Page->hide();
+    showPage(step3Page);
+}
+
+void MainWidget::returnToMainButtonClicked()
+{
+    step4Page->hide();
+    showMainPage();
+}
+
+// The restore arrives with the rest of the restore page.
+void MainWidget::browseButtonClicked() {}
+void MainWidget::chooseDir_clicked() {}
+void MainWidget::restoreButtonClicked() {}
+void MainWidget::undeleteOne(quint64) {}
+void MainWidget::undeleteDone() {}

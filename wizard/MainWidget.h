@@ -1,9 +1,160 @@
 #pragma once
+#include "wizard/WizardState.h"
+
+#include <QMap>
+#include <QPoint>
 #include <QWidget>
 
-// The program's one window and the whole recovery wizard.
+class Footer;
+class MainPage;
+class PartScan;
+class QListWidgetItem;
+class QTimer;
+class QToolButton;
+class QTreeWidgetItem;
+class QVBoxLayout;
+class Step1Page;
+class Step2Page;
+class Step3Page;
+class Step4Page;
+class StepPage;
+class TitleBar;
+
+// The program's one window and the whole recovery wizard: a frameless shell
+// with its own title bar, the main page with the three recovery modes, and the
+// four step pages, each built the first time it is needed and kept.
 class MainWidget : public QWidget {
     Q_OBJECT
 public:
+    // How a widget answers the pointer coming and going (see eventFilter).
+    enum class Hover { TitleButton, CloseButton, StepButton, Hand };
+
     explicit MainWidget(QWidget* parent = nullptr);
+    ~MainWidget() override;
+
+    // The modal information box of the wizard; returns when the user closed it.
+    void showMessage(const QString& text);
+
+    // Installs the window as the widget's event filter for the given look.
+    void watchHover(QWidget* widget, Hover kind);
+
+    // Adds the catalogue to `tree` and fills iconMap.
+    void loadFileTypes(QTreeWidget* tree);
+
+    int mode() const { return recoveryMode; }
+    const WizardState& wizardState() const { return state; }
+    const QMap<QString, QString>& fileIcons() const { return iconMap; }
+    MainPage* mainPage() const { return content; }
+    Step1Page* step1() const { return step1Page; }
+    Step2Page* step2() const { return step2Page; }
+    Step3Page* step3() const { return step3Page; }
+    Step4Page* step4() const { return step4Page; }
+    QWidget* titleLabel() const;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+
+private slots:
+    void minbtn_clicked();
+    void maxbtn_clicked();
+    void closebtn_clicked();
+    void on_pushButtonAbout_clicked();
+    void on_pushButtonQQ_clicked();
+    void on_pushButtonContactUs_clicked();
+    void on_pushButtonFileRecovery_clicked();
+    void on_pushButtonFormatRecovery_clicked();
+    void on_pushButtonPartitionRecovery_clicked();
+
+    void prevbtnStep1_clicked();
+    void nextbtnStep1_clicked();
+    void partitionClicked(QTreeWidgetItem* item, int column);
+
+    void scanModeClicked(int id);
+    void fileTypeClicked(int id);
+    void fileTypeToggled(bool checked);
+    void selectAllBtn_clicked(bool checked);
+    void selectNoneBtn_clicked(bool checked);
+    void treeStep2_itemChanged(QTreeWidgetItem* item, int column);
+    void treeStep2_itemClicked(QTreeWidgetItem* item, int column);
+    void treeStep2_itemDoubleClicked(QTreeWidgetItem* item, int column);
+    void treeItem_checkAllChild(QTreeWidgetItem* item, bool checked);
+    void treeItem_checkAllChild_recursion(QTreeWidgetItem* item, bool checked);
+    void checkSibling(QTreeWidgetItem* item);
+    void treeItem_CheckChildChanged(QTreeWidgetItem* item);
+    void prevbtnStep2_clicked();
+    void nextbtnStep2_clicked();
+
+    void prevbtnStep3_clicked();
+    void prevbtnStep3Type2_clicked();
+    void nextbtnStep3_clicked();
+    void treeStep3_clicked(const QModelIndex& index);
+    void treeStep3_itemExpanded(const QModelIndex& index);
+    void treeStep3_itemCollapsed(const QModelIndex& index);
+    void treeStep3ForList_doubleClicked(QTreeWidgetItem* item, int column);
+    void listStep3ForIcon_doubleClicked(QListWidgetItem* item);
+    void displayModeChanged(int id);
+    void fileNameButton_clicked();
+    void lastModificationButton_clicked();
+    void fileSizeButton_clicked();
+    void pauseButton_clicked();
+    void stopButton_clicked();
+    void timerTimeout();
+    void scanBegin(int total);
+    void scanOne(int done);
+    void scanDone(quint64 results, quint64 totalSize);
+    void diskScanBegin(int total, const QString& name);
+    void diskScanEnd();
+
+    void prevbtnStep4_clicked();
+    void returnToMainButtonClicked();
+    void browseButtonClicked();
+    void chooseDir_clicked();
+    void restoreButtonClicked();
+    void undeleteOne(quint64 size);
+    void undeleteDone();
+
+private:
+    void setupTitleButtons();
+    void applyLook();
+    void fadeIn();
+    void enterMode(int newMode);
+    void showDeviceRowsForMode();
+    void showMainPage();
+    void showPage(QWidget* page);
+    void showStep(QWidget* page, void (MainWidget::*build)());
+    void insertStepPage(StepPage* page, Hover buttons);
+    void enterStep3(void (MainWidget::*prevSlot)());
+    bool hoverEvent(QWidget* widget, Hover kind, bool entering);
+    void setTitle(const QString& title);
+
+    void resetWizardState();
+    void startScan();
+    void buildStep1Page();
+    void buildStep2Page();
+    void buildStep3Page();
+    void buildStep4Page();
+
+    QVBoxLayout* mainLayout;
+    TitleBar* titleBar;
+    MainPage* content;
+    Footer* footer;
+    QToolButton* minButton;
+    QToolButton* maxButton;
+    QToolButton* closeButton;
+    QPoint dragOffset;
+    bool dragging = false;
+
+    Step1Page* step1Page = nullptr;
+    Step2Page* step2Page = nullptr;
+    Step3Page* step3Page = nullptr;
+    Step4Page* step4Page = nullptr;
+
+    WizardState state;
+    quint8 recoveryMode = 0; // 1 file, 2 format, 3 partition recovery
+    PartScan* scanThread = nullptr;
+    QTimer* scanTimer = nullptr;
+    QMap<QString, QString> iconMap; // extension with its dot -> icon path
 };

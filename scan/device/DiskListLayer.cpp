@@ -74,6 +74,17 @@ DiskListLayer::LetterPlace DiskListLayer::placeOf(QChar letter)
     return {};
 }
 
+int DiskListLayer::diskOfPath(const QString& path)
+{
+    ensureDiscovered();
+    QMutexLocker lock(&m_mutex);
+    for (int i = 0; i < int(m_disks.size()); ++i) {
+        if (!path.isEmpty() && m_disks[size_t(i)].path == path)
+            return i;
+    }
+    return -1;
+}
+
 QList<int> DiskListLayer::listDisks()
 {
     ensureDiscovered();

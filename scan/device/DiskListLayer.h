@@ -45,6 +45,8 @@ protected:
     // Appends disks found later (images added at run time) and gives them letters.
     void appendDisks(const QList<DiskInfo>& disks);
     void ensureDiscovered();
+    // The number of the disk found at path, or -1.
+    int diskOfPath(const QString& path);
 
 private:
     struct LetterPlace { int disk = -1; int entry = -1; };

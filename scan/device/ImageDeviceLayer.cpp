@@ -34,7 +34,7 @@ bool ImageDeviceLayer::describeFile(const QString& path, DiskInfo* out, int* err
     if (!source)
         return false;
     DiskInfo d;
-    d.path = path;
+    d.path = QFileInfo(path).canonicalFilePath();
     const DeviceHandle whole(source);
     fillCommon(&d, QFileInfo(path).fileName(), source->size(), whole);
     for (int i = 0; i < d.layout.entries.size(); ++i) {
@@ -76,6 +76,9 @@ QList<DiskInfo> ImageDeviceLayer::discoverFolder(const QString& folder)
 
 int ImageDeviceLayer::addImageFile(const QString& path, int* error)
 {
+    const int known = diskOfPath(QFileInfo(path).canonicalFilePath());
+    if (known >= 0)
+        return known;
     DiskInfo d;
     if (!describeFile(path, &d, error))
         return -1;

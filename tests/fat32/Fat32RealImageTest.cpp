@@ -16,7 +16,7 @@ const char kSamples[] = "/usr/share/forensics-samples";
 
 CliResult runCli(const QStringList& args)
 {
-    const CliResult r = CliRunner::run(args);
+    const CliResult r = CliRunner::run(args + QStringList{"--images-only"});
     if (r.exitCode != 0)
         ADD_FAILURE() << "ostrel-cli: " << r.errors.toStdString();
     return r;

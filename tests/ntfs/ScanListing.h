@@ -7,7 +7,7 @@
 // PATH -> SIZE of the file lines of an `ostrel-cli scan`, which must have succeeded.
 inline QMap<QString, quint64> scanListing(const QStringList& args)
 {
-    const CliResult r = CliRunner::run(QStringList{QStringLiteral("scan")} + args);
+    const CliResult r = CliRunner::run(QStringList{QStringLiteral("scan"), QStringLiteral("--images-only")} + args);
     EXPECT_EQ(r.exitCode, 0) << r.errors.toStdString();
     QMap<QString, quint64> listed;
     for (const QString& line : r.lines) {
@@ -21,6 +21,6 @@ inline QMap<QString, quint64> scanListing(const QStringList& args)
 // Runs `ostrel-cli restore --to target` and expects it to succeed.
 inline void restoreAll(const QString& target, const QStringList& args)
 {
-    const CliResult r = CliRunner::run(QStringList{QStringLiteral("restore"), QStringLiteral("--to"), target} + args);
+    const CliResult r = CliRunner::run(QStringList{QStringLiteral("restore"), QStringLiteral("--images-only"), QStringLiteral("--to"), target} + args);
     EXPECT_EQ(r.exitCode, 0) << r.errors.toStdString();
 }

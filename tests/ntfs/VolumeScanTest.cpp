@@ -279,6 +279,13 @@ TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
     late.deleted = true;
     late.slot = 80;
     b.add(late);
+    Entry lateSmall; // resident: its content is read again from where its record was found
+    lateSmall.names = {{"late.txt"}};
+    lateSmall.content = pattern(300, 2);
+    lateSmall.resident = true;
+    lateSmall.deleted = true;
+    lateSmall.slot = 90;
+    b.add(lateSmall);
     ScanHarness h(scannerOn(b.build()));
     const QList<DataRun*>& runs = h.scan->mftInfo.file->runs;
     ASSERT_EQ(runs.size(), 3);
@@ -292,6 +299,8 @@ TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
     h.run();
     ASSERT_TRUE(h.files().contains("late.bin"));
     EXPECT_TRUE(h.content(h.files()["late.bin"]) == late.content);
+    ASSERT_TRUE(h.files().contains("late.txt"));
+    EXPECT_TRUE(h.content(h.files()["late.txt"]) == lateSmall.content);
 }
 
 TEST(NtfsVolumeScan, ReachesRecordsBehindTheMftAndStopsAtTheVolumesEnd)
@@ -335,7 +344,7 @@ public:
     quint64 seenClusters = 0;
 
 protected:
-    void carvingPass(quint64*, quint64*) override
+    void carvingPass(quint64*, quint64*, quint64*) override
     {
         seen = clusterBitmap;
         seenClusters = bitmapClusters;

@@ -4,6 +4,7 @@
 #include "scan/device/ImageDeviceLayer.h"
 #include "scan/device/MemorySource.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -100,7 +101,10 @@ TEST(DeviceLayer, ImageFilesAreOpenedReadOnlyAndFolderIsListed)
     EXPECT_EQ(layer.listDisks().size(), 2);
     EXPECT_EQ(layer.diskIdentity(0)->model, QByteArray("a.img"));
     int error = 0;
-    EXPECT_EQ(layer.addImageFile(dir.filePath("a.img"), &error), 2);
+    EXPECT_EQ(layer.addImageFile(dir.filePath("a.img"), &error), 0) << "an image already listed keeps its number";
+    EXPECT_EQ(layer.addImageFile(dir.filePath("b.img"), &error), 1);
+    ASSERT_TRUE(QFile::copy(dir.filePath("a.img"), dir.filePath("c.img")));
+    EXPECT_EQ(layer.addImageFile(dir.filePath("c.img"), &error), 2);
     EXPECT_EQ(layer.addImageFile(dir.filePath("missing.img"), &error), -1);
     EXPECT_EQ(error, ENOENT);
     EXPECT_TRUE(layer.openVolume('C', &error).isValid());

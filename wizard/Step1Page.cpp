@@ -1,0 +1,23 @@
+#include "wizard/Step1Page.h"
+
+#include <QLabel>
+#include <QTreeWidget>
+
+Step1Page::Step1Page(QWidget* parent) : StepPage(parent, QRect(590, 502, 70, 25), QRect(672, 502, 70, 25))
+{
+    caption = new QLabel(box);
+    caption->setGeometry(128, 12, 250, 32);
+    QFont font = caption->font();
+    font.setBold(true);
+    caption->setFont(font);
+
+    auto* frame = new QWidget(box);
+    frame->setGeometry(128, 47, 616, 444);
+    frame->setStyleSheet(QStringLiteral("border:1px solid #bfbec1"));
+    deviceTree = new QTreeWidget(frame);
+    deviceTree->setGeometry(1, 1, 614, 442);
+    deviceTree->setColumnCount(2);
+    deviceTree->setHeaderLabels({tr("设备名"), tr("容量")});
+    deviceTree->setRootIsDecorated(false);
+    deviceTree->setSelectionMode(QAbstractItemView::SingleSelection);
+}
