@@ -1,12 +1,16 @@
 #include "wizard/MainWidget.h"
 #include "app/HoverStyle.h"
+#include "app/MyButton.h"
 #include "app/Resources.h"
 #include "dialogs/DialogAbout.h"
 #include "dialogs/DialogContactUs.h"
 #include "dialogs/QqScript.h"
 #include "filetypes/FileTypeCatalogue.h"
+#include "results/FolderNode.h"
 #include "results/TreeModel.h"
 #include "scan/PartScan.h"
+#include "scan/ScannerFactory.h"
+#include "scan/device/ImageDeviceLayer.h"
 #include "wizard/Footer.h"
 #include "wizard/MainPage.h"
 #include "wizard/Step1Page.h"
@@ -14,9 +18,29 @@
 #include "wizard/Step3Page.h"
 #include "wizard/Step4Page.h"
 #include "wizard/TitleBar.h"
+#include "wizard/DeviceTreeRows.h"
+#include "wizard/FilePreview.h"
+#include "wizard/FileListRows.h"
+#include "wizard/FileTypeChecks.h"
+#include "wizard/IconListRows.h"
+#include "wizard/RowRef.h"
+#include "wizard/ScanClock.h"
+#include "wizard/ScanRoot.h"
+#include "wizard/SelectionSums.h"
 #include "app/AppFont.h"
 
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QDir>
 #include <QEvent>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QRadioButton>
+#include <QUrl>
+#include <cstring>
 #include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
@@ -37,6 +61,7 @@ constexpr int kTitleButtonWidth = 30;
 constexpr int kTitleButtonHeight = 33;
 constexpr int kFadeMsecs = 1000;
 constexpr int kStepPageIndex = 1;
+constexpr int kTimerMsecs = 1000;
 const char* const kHoverProperty = "ostrelHover";
 const QColor kWindowColour(234, 240, 254);
 const QColor kTitleButtonHover(66, 138, 221);
@@ -121,7 +146,11 @@ MainWidget::MainWidget(QWidget* parent) : QWidget(parent)
     fadeIn();
 }
 
-MainWidget::~MainWidget() = default;
+// A running scan isn't stopped: it ends with the process.
+MainWidget::~MainWidget()
+{
+    delete treeModel;
+}
 
 QWidget* MainWidget::titleLabel() const
 {
@@ -374,6 +403,9 @@ void MainWidget::buildStep1Page()
 {
     step1Page = new Step1Page(this);
     insertStepPage(step1Page, Hover::StepButton);
+    watchHover(step1Page->openImageButton, Hover::StepButton);
+    DeviceTreeRows::fill(step1Page->deviceTree, DeviceLayer::instance());
+    connect(step1Page->openImageButton, &QPushButton::clicked, this, &MainWidget::openImageButton_clicked);
     connect(step1Page->deviceTree, &QTreeWidget::itemClicked, this, &MainWidget::partitionClicked);
     connect(step1Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep1_clicked);
     connect(step1Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep1_clicked);
@@ -390,6 +422,11 @@ void MainWidget::buildStep2Page()
     connect(tree, &QTreeWidget::itemChanged, this, &MainWidget::treeStep2_itemChanged);
     connect(tree, &QTreeWidget::itemClicked, this, &MainWidget::treeStep2_itemClicked);
     connect(tree, &QTreeWidget::itemDoubleClicked, this, &MainWidget::treeStep2_itemDoubleClicked);
+    connect(step2Page->scanModeGroup, &QButtonGroup::idClicked, this, &MainWidget::scanModeClicked);
+    connect(step2Page->fileTypeGroup, &QButtonGroup::idClicked, this, &MainWidget::fileTypeClicked);
+    connect(step2Page->customTypes, &QRadioButton::toggled, this, &MainWidget::fileTypeToggled);
+    connect(step2Page->selectAll, &QCheckBox::clicked, this, &MainWidget::selectAllBtn_clicked);
+    connect(step2Page->selectNone, &QCheckBox::clicked, this, &MainWidget::selectNoneBtn_clicked);
     connect(step2Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep2_clicked);
     connect(step2Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep2_clicked);
     step2Page->show();
@@ -408,14 +445,25 @@ void MainWidget::buildStep3Page()
             &MainWidget::treeStep3ForList_doubleClicked);
     connect(step3Page->listStep3ForIcon, &QListWidget::itemDoubleClicked, this,
             &MainWidget::listStep3ForIcon_doubleClicked);
+    connect(step3Page->displayGroup, &QButtonGroup::idClicked, this, &MainWidget::displayModeChanged);
+    connect(step3Page->fileNameButton, &QPushButton::clicked, this, &MainWidget::fileNameButton_clicked);
+    connect(step3Page->lastModificationButton, &QPushButton::clicked, this,
+            &MainWidget::lastModificationButton_clicked);
+    connect(step3Page->fileSizeButton, &QPushButton::clicked, this, &MainWidget::fileSizeButton_clicked);
+    connect(step3Page->pauseButton, &MyButton::clicked, this, &MainWidget::pauseButton_clicked);
+    connect(step3Page->stopButton, &MyButton::clicked, this, &MainWidget::stopButton_clicked);
     step3Page->show();
 }
 
 void MainWidget::buildStep4Page()
 {
-    step4Page = new Step4Page(this);
+    step4Page = new Step4Page(this, state.driveLetter);
     insertStepPage(step4Page, Hover::Hand);
-    watchHover(step4Page->returnToMainButton, Hover::Hand);
+    for (QPushButton* button : {step4Page->returnToMainButton, step4Page->restoreButton, step4Page->browseButton})
+        watchHover(button, Hover::Hand);
+    connect(step4Page->chooseDir, &QPushButton::clicked, this, &MainWidget::chooseDir_clicked);
+    connect(step4Page->restoreButton, &QPushButton::clicked, this, &MainWidget::restoreButtonClicked);
+    connect(step4Page->browseButton, &QPushButton::clicked, this, &MainWidget::browseButtonClicked);
     connect(step4Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep4_clicked);
     connect(step4Page->returnToMainButton, &QPushButton::clicked, this, &MainWidget::returnToMainButtonClicked);
     step4Page->show();
@@ -452,7 +500,8 @@ void MainWidget::nextbtnStep1_clicked()
             showMessage(tr("请选择磁盘"));
             return;
         }
-    } else if (!chosen || state.diskNumber == -1 || state.partitionNumber == -1) {
+    } else if (!chosen || state.diskNumber == -1 || state.partitionNumber == -1 || state.driveLetter == '@') {
+        // A partition without a letter has no volume to open.
         showMessage(tr("请选择分区"));
         return;
     }
@@ -482,6 +531,24 @@ void MainWidget::partitionClicked(QTreeWidgetItem* item, int)
              << state.driveLetter;
 }
 
+void MainWidget::openImageButton_clicked()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("打开磁盘映像…"), QDir::homePath());
+    if (!path.isEmpty())
+        addDiskImage(path);
+}
+
+void MainWidget::addDiskImage(const QString& path)
+{
+    auto* images = dynamic_cast<ImageDeviceLayer*>(&DeviceLayer::instance());
+    int error = 0;
+    if (!images || DeviceTreeRows::addImage(step1Page->deviceTree, *images, path, &error) < 0) {
+        showMessage(tr("无法打开磁盘映像：%1").arg(QString::fromLocal8Bit(strerror(error))));
+        return;
+    }
+    showDeviceRowsForMode();
+}
+
 // ---- Step 2 ----
 
 void MainWidget::scanModeClicked(int id)
@@ -502,39 +569,204 @@ void MainWidget::prevbtnStep2_clicked()
 
 void MainWidget::nextbtnStep2_clicked()
 {
-    if (state.fileFilter != QLatin1String("*")) {
-        QStringList endings;
-        QTreeWidget* tree = step2Page->treeStep2;
-        for (int i = 0; i < tree->topLevelItemCount(); ++i) {
-            const QTreeWidgetItem* category = tree->topLevelItem(i);
-            for (int j = 0; j < category->childCount(); ++j) {
-                if (category->child(j)->checkState(0) == Qt::Checked)
-                    endings.append(category->child(j)->text(1));
-            }
-        }
-        state.fileFilter = endings.join(QLatin1Char(';'));
-    }
+    if (state.fileFilter != QLatin1String("*"))
+        state.fileFilter = FileTypeChecks::fileFilter(step2Page->treeStep2);
     step2Page->hide();
     enterStep3(&MainWidget::prevbtnStep3_clicked);
 }
 
-// The options page's radio buttons and three-state type tree arrive with its
-// content; until then the defaults (quick scan, all types) stand.
-void MainWidget::fileTypeToggled(bool) {}
-void MainWidget::selectAllBtn_clicked(bool) {}
-void MainWidget::selectNoneBtn_clicked(bool) {}
-void MainWidget::treeStep2_itemChanged(QTreeWidgetItem*, int) {}
+void MainWidget::fileTypeToggled(bool checked)
+{
+    QTreeWidget* tree = step2Page->treeStep2;
+    if (checked) {
+        step2Page->selectAll->setEnabled(true);
+        step2Page->selectNone->setEnabled(true);
+    } else {
+        if (QTreeWidgetItem* current = tree->currentItem())
+            FileTypeChecks::checkVisibleFrom(current, Qt::Checked);
+        step2Page->selectAll->setChecked(true);
+        step2Page->selectAll->setEnabled(false);
+        step2Page->selectNone->setEnabled(false);
+    }
+    tree->setCurrentItem(nullptr);
+    tree->collapseAll();
+    tree->setEnabled(checked);
+}
+
+void MainWidget::selectAllBtn_clicked(bool)
+{
+    FileTypeChecks::checkWholeTree(step2Page->treeStep2, Qt::Checked);
+}
+
+void MainWidget::selectNoneBtn_clicked(bool)
+{
+    FileTypeChecks::checkWholeTree(step2Page->treeStep2, Qt::Unchecked);
+}
+
+void MainWidget::treeStep2_itemChanged(QTreeWidgetItem* item, int column)
+{
+    FileTypeChecks::treeStep2_itemChanged(item, column);
+}
+
 void MainWidget::treeStep2_itemClicked(QTreeWidgetItem*, int) {}
 void MainWidget::treeStep2_itemDoubleClicked(QTreeWidgetItem*, int) {}
-void MainWidget::treeItem_checkAllChild(QTreeWidgetItem*, bool) {}
-void MainWidget::treeItem_checkAllChild_recursion(QTreeWidgetItem*, bool) {}
-void MainWidget::checkSibling(QTreeWidgetItem*) {}
-void MainWidget::treeItem_CheckChildChanged(QTreeWidgetItem*) {}
+
+void MainWidget::treeItem_checkAllChild(QTreeWidgetItem* item, bool checked)
+{
+    FileTypeChecks::treeItem_checkAllChild(item, checked);
+}
+
+void MainWidget::treeItem_checkAllChild_recursion(QTreeWidgetItem* item, bool checked)
+{
+    FileTypeChecks::treeItem_checkAllChild_recursion(item, checked);
+}
+
+void MainWidget::checkSibling(QTreeWidgetItem* item)
+{
+    FileTypeChecks::checkSibling(item);
+}
+
+void MainWidget::treeItem_CheckChildChanged(QTreeWidgetItem* item)
+{
+    FileTypeChecks::treeItem_CheckChildChanged(item);
+}
 
 // ---- Step 3 ----
 
-// The scan itself is started here once the scan page has its controls.
-void MainWidget::startScan() {}
+void MainWidget::startScan()
+{
+    state.currentPrevButton->setEnabled(false);
+    state.currentNextButton->setEnabled(false);
+    state.currentFileList->clear();
+    state.currentIconList->clear();
+    state.currentFolder = QModelIndex(); // it points into the tree about to go
+    state.scanRunning = true;
+    // Step 3's Prev can lead back here after a scan: each scan starts its own clock.
+    state.scanFinished = false;
+    state.scanTotal = WizardState().scanTotal;
+    state.elapsedSeconds = 0;
+    step3Page->pauseButton->toggleFlag = true;
+    step3Page->pauseButton->update();
+    step3Page->scanProgressBar->setValue(0);
+    step3Page->elapsedLabel->setText(ScanClock::elapsedText(state.elapsedSeconds));
+    step3Page->remainingLabel->setText(ScanClock::remainingText(state.elapsedSeconds));
+
+    delete scanTimer;
+    scanTimer = new QTimer(this);
+    connect(scanTimer, &QTimer::timeout, this, &MainWidget::timerTimeout);
+    scanTimer->start(kTimerMsecs);
+
+    releaseScan();
+    QString rootName = state.diskName;
+    if (state.partitionNumber == -1) {
+        scanThread = ScannerFactory::forDisk(state.diskNumber);
+    } else {
+        scanThread = ScannerFactory::forVolume(QChar::fromLatin1(state.driveLetter));
+        if (!scanThread) {
+            // Nothing runs: the clock stops and Prev leads back to choose again.
+            delete scanTimer;
+            scanTimer = nullptr;
+            state.currentPrevButton->setEnabled(true);
+            showMessage(tr("无法识别的文件系统。"));
+            return;
+        }
+        rootName = scanThread->deviceName;
+    }
+    scanRoot = std::make_unique<ScanRoot>(rootName, !scanThread->inherits("Fat32VolumeScan"));
+    scanThread->rootFolder = scanRoot->root;
+    treeModel = new TreeModel(scanRoot->top);
+    step3Page->treeStep3->setModel(treeModel);
+
+    scanThread->fileFilter = state.fileFilter;
+    scanThread->doExtra = state.doExtra != 0;
+    step3Page->scanProgressBar->setValue(0);
+    connect(scanThread, &PartScan::scanBegin, this, &MainWidget::scanBegin);
+    connect(scanThread, &PartScan::scanOne, this, &MainWidget::scanOne);
+    connect(scanThread, &PartScan::scanDone, this, &MainWidget::scanDone);
+    connect(scanThread, &PartScan::undeleteOne, this, &MainWidget::undeleteOne);
+    connect(scanThread, &PartScan::undeleteDone, this, &MainWidget::undeleteDone);
+    connect(scanThread, &PartScan::diskScanBegin, this, &MainWidget::diskScanBegin);
+    connect(scanThread, &PartScan::diskScanEnd, this, &MainWidget::diskScanEnd);
+    scanThread->start(QThread::InheritPriority);
+}
+
+// Ends the previous scan object, whatever its thread is doing, before its tree
+// goes: the view lets go of the model first, and the thread, a scan or a
+// restore, is stopped and waited for.
+void MainWidget::releaseScan()
+{
+    step3Page->treeStep3->setModel(nullptr);
+    delete treeModel;
+    treeModel = nullptr;
+    if (scanThread) {
+        disconnect(scanThread, nullptr, this, nullptr);
+        scanThread->stop();
+        scanThread->wait();
+        // Signals it sent before it ended are still queued for this window.
+        QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
+        delete scanThread;
+        scanThread = nullptr;
+    }
+    scanRoot.reset();
+    restoring = false;
+}
+
+void MainWidget::scanBegin(int total)
+{
+    state.scanTotal = total;
+}
+
+void MainWidget::scanOne(int done)
+{
+    step3Page->scanProgressBar->setValue(ScanClock::percent(quint64(qMax(done, 0)), quint64(qMax(state.scanTotal, 0))));
+}
+
+void MainWidget::scanDone(quint64 results, quint64)
+{
+    state.resultCount = results;
+    state.scanFinished = true;
+    step3Page->scanProgressBar->setValue(100);
+    step3Page->nextButton->setEnabled(true);
+    // The thread has done its work, so leaving the page backwards is safe too.
+    step3Page->prevButton->setEnabled(true);
+    step3Page->remainingLabel->setText(QStringLiteral("00:00:00"));
+    refreshTree();
+    showMessage(tr("扫描完成！\n如果您对扫描结果不满意，可以尝试使用另外两种恢复模式。"));
+}
+
+void MainWidget::diskScanBegin(int, const QString&) {}
+void MainWidget::diskScanEnd() {}
+
+void MainWidget::timerTimeout()
+{
+    if (state.scanFinished || !state.scanRunning)
+        return;
+    ++state.elapsedSeconds;
+    step3Page->elapsedLabel->setText(ScanClock::elapsedText(state.elapsedSeconds));
+    step3Page->remainingLabel->setText(ScanClock::remainingText(state.elapsedSeconds));
+    refreshTree();
+}
+
+// The model announces no new folders: the view asks again for the rows of the
+// folders it shows, so the tree grows while the scan runs.
+void MainWidget::refreshTree()
+{
+    step3Page->treeStep3->doItemsLayout();
+}
+
+void MainWidget::pauseButton_clicked()
+{
+    state.scanRunning = !state.scanRunning;
+    if (scanThread)
+        scanThread->setRunning(state.scanRunning);
+}
+
+void MainWidget::stopButton_clicked()
+{
+    if (scanThread)
+        scanThread->stop();
+}
+
 
 void MainWidget::prevbtnStep3_clicked()
 {
@@ -548,13 +780,6 @@ void MainWidget::prevbtnStep3Type2_clicked()
     showPage(step1Page);
 }
 
-void MainWidget::nextbtnStep3_clicked()
-{
-    delete scanTimer;
-    scanTimer = nullptr;
-    step3Page->hide();
-    showStep(step4Page, &MainWidget::buildStep4Page);
-}
 
 void MainWidget::treeStep3_itemExpanded(const QModelIndex& index)
 {
@@ -566,22 +791,64 @@ void MainWidget::treeStep3_itemCollapsed(const QModelIndex& index)
     step3Page->treeStep3->model()->setData(index, false, Qt::DecorationRole);
 }
 
-// The result browser and the scan controls fill these in with their widgets.
-void MainWidget::treeStep3_clicked(const QModelIndex&) {}
-void MainWidget::treeStep3ForList_doubleClicked(QTreeWidgetItem*, int) {}
-void MainWidget::listStep3ForIcon_doubleClicked(QListWidgetItem*) {}
-void MainWidget::displayModeChanged(int) {}
-void MainWidget::fileNameButton_clicked() {}
-void MainWidget::lastModificationButton_clicked() {}
-void MainWidget::fileSizeButton_clicked() {}
-void MainWidget::pauseButton_clicked() {}
-void MainWidget::stopButton_clicked() {}
-void MainWidget::timerTimeout() {}
-void MainWidget::scanBegin(int) {}
-void MainWidget::scanOne(int) {}
-void MainWidget::scanDone(quint64, quint64) {}
-void MainWidget::diskScanBegin(int, const QString&) {}
-void MainWidget::diskScanEnd() {}
+void MainWidget::treeStep3_clicked(const QModelIndex& index)
+{
+    if (!index.isValid() || index.model() != treeModel)
+        return;
+    state.currentFolder = index;
+    auto* folder = static_cast<FolderNode*>(index.internalPointer());
+    if (state.displayMode == 1)
+        FileListRows::fill(state.currentFileList, folder, iconMap);
+    else if (state.displayMode == 2)
+        IconListRows::fill(state.currentIconList, folder, scanThread, [this](const QString& text) { showMessage(text); });
+}
+
+void MainWidget::displayModeChanged(int id)
+{
+    state.displayMode = quint8(id);
+    const bool list = id == 1;
+    step3Page->treeStep3ForList->setVisible(list);
+    step3Page->listStep3ForIcon->setVisible(!list);
+    for (QWidget* button : {static_cast<QWidget*>(step3Page->fileNameButton), static_cast<QWidget*>(step3Page->lastModificationButton), static_cast<QWidget*>(step3Page->fileSizeButton)})
+        button->setVisible(list);
+    treeStep3_clicked(state.currentFolder);
+}
+
+void MainWidget::fileNameButton_clicked()
+{
+    sortFileList(0);
+}
+
+void MainWidget::lastModificationButton_clicked()
+{
+    sortFileList(1);
+}
+
+void MainWidget::fileSizeButton_clicked()
+{
+    sortFileList(2);
+}
+
+void MainWidget::sortFileList(int column)
+{
+    if (state.displayMode == 1)
+        step3Page->treeStep3ForList->sortItems(column, Qt::AscendingOrder);
+}
+
+void MainWidget::treeStep3ForList_doubleClicked(QTreeWidgetItem* item, int)
+{
+    preview(RowRef::of(item), item->text(0));
+}
+
+void MainWidget::listStep3ForIcon_doubleClicked(QListWidgetItem* item)
+{
+    preview(RowRef::of(item), item->text());
+}
+
+void MainWidget::preview(const RowRef& row, const QString& name)
+{
+    FilePreview::open(this, scanThread, row, name, [this](const QString& text) { showMessage(text); });
+}
 
 // ---- Step 4 ----
 
@@ -597,9 +864,79 @@ void MainWidget::returnToMainButtonClicked()
     showMainPage();
 }
 
-// The restore arrives with the rest of the restore page.
-void MainWidget::browseButtonClicked() {}
-void MainWidget::chooseDir_clicked() {}
-void MainWidget::restoreButtonClicked() {}
-void MainWidget::undeleteOne(quint64) {}
-void MainWidget::undeleteDone() {}
+void MainWidget::nextbtnStep3_clicked()
+{
+    delete scanTimer;
+    scanTimer = nullptr;
+    step3Page->hide();
+    const SelectionSums sums = SelectionSums::of(scanThread ? scanThread->rootFolder : nullptr);
+    state.selectedCount = sums.count;
+    state.selectedSize = sums.size;
+    if (step4Page)
+        showPage(step4Page);
+    else
+        buildStep4Page();
+    step4Page->selectedCount->setText(Step4Page::red(QString::number(sums.count)));
+    showSize(step4Page->selectedSize, step4Page->selectedUnit, sums.size);
+}
+
+void MainWidget::showSize(QLabel* value, QLabel* unit, quint64 bytes)
+{
+    value->setText(Step4Page::red(SelectionSums::sizeValue(bytes)));
+    unit->setText(SelectionSums::sizeUnit(bytes));
+}
+
+void MainWidget::chooseDir_clicked()
+{
+    const QString dir = QFileDialog::getExistingDirectory(this, QString(), QStringLiteral("/home"),
+                                                          QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
+    if (!dir.isEmpty())
+        step4Page->restoreDirEdit->setText(QDir::toNativeSeparators(dir));
+}
+
+void MainWidget::browseButtonClicked()
+{
+    const QString dir = step4Page->restoreDirEdit->text();
+    if (dir.isEmpty()) {
+        showMessage(tr("请选择恢复文件夹"));
+        return;
+    }
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QDir::fromNativeSeparators(dir)));
+}
+
+void MainWidget::restoreButtonClicked()
+{
+    const QString dir = step4Page->restoreDirEdit->text();
+    if (dir.isEmpty()) {
+        showMessage(tr("请选择恢复文件夹"));
+        return;
+    }
+    if (!scanThread || restoring)
+        return;
+    // scanDone comes at the very end of run(); the thread may not have left it yet.
+    scanThread->wait();
+    restoring = true;
+    step4Page->restoreProgressBar->setValue(0);
+    scanThread->setRestoreDir(QDir::fromNativeSeparators(dir));
+    restoredCount = 0;
+    restoredBytes = 0;
+    scanThread->start(QThread::InheritPriority);
+}
+
+void MainWidget::undeleteOne(quint64 size)
+{
+    ++restoredCount;
+    restoredBytes += size;
+    step4Page->restoredCount->setText(Step4Page::red(QString::number(restoredCount)));
+    showSize(step4Page->restoredSize, step4Page->restoredUnit, restoredBytes);
+    step4Page->restoreProgressBar->setValue(ScanClock::percent(quint64(restoredCount), state.resultCount));
+}
+
+void MainWidget::undeleteDone()
+{
+    restoring = false;
+    step4Page->restoredCount->setText(Step4Page::red(QString::number(state.selectedCount)));
+    showSize(step4Page->restoredSize, step4Page->restoredUnit, state.selectedSize);
+    step4Page->restoreProgressBar->setValue(100);
+    showMessage(tr("恢复完成！\n请点击\"浏览已恢复的文件\"查看。"));
+}

@@ -4,10 +4,15 @@
 #include <QMap>
 #include <QPoint>
 #include <QWidget>
+#include <memory>
 
 class Footer;
 class MainPage;
 class PartScan;
+class QLabel;
+class ScanRoot;
+class TreeModel;
+struct RowRef;
 class QListWidgetItem;
 class QTimer;
 class QToolButton;
@@ -49,6 +54,7 @@ public:
     Step2Page* step2() const { return step2Page; }
     Step3Page* step3() const { return step3Page; }
     Step4Page* step4() const { return step4Page; }
+    PartScan* scan() const { return scanThread; }
     QWidget* titleLabel() const;
 
 protected:
@@ -71,6 +77,7 @@ private slots:
     void prevbtnStep1_clicked();
     void nextbtnStep1_clicked();
     void partitionClicked(QTreeWidgetItem* item, int column);
+    void openImageButton_clicked();
 
     void scanModeClicked(int id);
     void fileTypeClicked(int id);
@@ -131,7 +138,13 @@ private:
     void setTitle(const QString& title);
 
     void resetWizardState();
+    void addDiskImage(const QString& path);
     void startScan();
+    void releaseScan();
+    void refreshTree();
+    void sortFileList(int column);
+    void preview(const RowRef& row, const QString& name);
+    void showSize(QLabel* value, QLabel* unit, quint64 bytes);
     void buildStep1Page();
     void buildStep2Page();
     void buildStep3Page();
@@ -155,6 +168,11 @@ private:
     WizardState state;
     quint8 recoveryMode = 0; // 1 file, 2 format, 3 partition recovery
     PartScan* scanThread = nullptr;
+    std::unique_ptr<ScanRoot> scanRoot; // the nodes above scanThread's tree
+    TreeModel* treeModel = nullptr;
     QTimer* scanTimer = nullptr;
+    bool restoring = false; // from "恢复" to undeleteDone
+    int restoredCount = 0;
+    quint64 restoredBytes = 0;
     QMap<QString, QString> iconMap; // extension with its dot -> icon path
 };

@@ -1,4 +1,5 @@
 #include "wizard/Step1Page.h"
+#include "wizard/DeviceTreeRows.h"
 
 #include <QLabel>
 #include <QTreeWidget>
@@ -16,8 +17,6 @@ Step1Page::Step1Page(QWidget* parent) : StepPage(parent, QRect(590, 502, 70, 25)
     frame->setStyleSheet(QStringLiteral("border:1px solid #bfbec1"));
     deviceTree = new QTreeWidget(frame);
     deviceTree->setGeometry(1, 1, 614, 442);
-    deviceTree->setColumnCount(2);
-    deviceTree->setHeaderLabels({tr("设备名"), tr("容量")});
-    deviceTree->setRootIsDecorated(false);
-    deviceTree->setSelectionMode(QAbstractItemView::SingleSelection);
+    DeviceTreeRows::setupTree(deviceTree);
+    openImageButton = addButton(tr("打开磁盘映像…"), QRect(128, 502, 120, 25));
 }

@@ -15,4 +15,5 @@ public:
 
     QLabel* caption;
     QTreeWidget* deviceTree;
+    QPushButton* openImageButton; // adds a disk or volume image file to the tree
 };

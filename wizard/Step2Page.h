@@ -1,6 +1,10 @@
 #pragma once
 #include "wizard/StepPage.h"
 
+class QButtonGroup;
+class QCheckBox;
+class QLabel;
+class QRadioButton;
 class QTreeWidget;
 
 // Step 2 of file recovery: scan depth and the file types to look for.
@@ -9,5 +13,19 @@ class Step2Page : public StepPage {
 public:
     explicit Step2Page(QWidget* parent);
 
-    QTreeWidget* treeStep2; // one item per category, its types below
+    QRadioButton* quickScan;
+    QRadioButton* deepScan;
+    QRadioButton* defaultTypes;
+    QRadioButton* customTypes;
+    QCheckBox* selectAll;
+    QCheckBox* selectNone;
+    QButtonGroup* scanModeGroup;  // 1 quick, 2 deep
+    QButtonGroup* fileTypeGroup;  // 3 default, 4 custom
+    QButtonGroup* selectionGroup; // 1 all, 2 none
+    QTreeWidget* treeStep2;       // one item per category, its types below
+
+private:
+    QLabel* addHeading(const QString& text, int top);
+    QRadioButton* addRadio(const QString& text, const QRect& place);
+    QCheckBox* addCheckBox(const QString& text, const QRect& place);
 };

@@ -1,9 +1,12 @@
 #pragma once
 #include <QApplication>
+#include <QBuffer>
+#include <QImage>
 #include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 // Answers the next modal window that opens: remembers what it was and closes
@@ -47,3 +50,39 @@ private:
     QString seenClass;
     QString seenTitle;
 };
+
+// Answers every message box of the wizard for as long as it lives, keeping
+// their texts in order: for flows in which boxes come from queued signals
+// (the end of a scan or a restore) at no fixed point of the test.
+class MessageRecorder {
+public:
+    MessageRecorder()
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this] { answer(); });
+        timer.start(5);
+    }
+    QStringList texts;
+
+private:
+    void answer()
+    {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box || !box->isVisible())
+            return;
+        texts.append(box->text());
+        box->buttons().first()->click();
+    }
+    QTimer timer;
+};
+
+// A plain picture encoded as PNG, as a found file would hold it.
+inline QByteArray pngBytes(int width, int height)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(Qt::darkGreen);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}

@@ -1,8 +1,7 @@
+#include "WizardTestKit.h"
 #include "preview/PreviewDialog.h"
 
 #include <QApplication>
-#include <QBuffer>
-#include <QImage>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -97,12 +96,7 @@ void TestPreview::dumpStopsAt1000Lines()
 
 void TestPreview::pictureAtItsOwnSize()
 {
-    QImage image(300, 200, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    QVERIFY(image.save(&buffer, "PNG"));
+    const QByteArray png = pngBytes(300, 200);
     const QByteArray data = padded(png);
 
     PreviewDialog dialog(QStringLiteral("Shot.Png"), data.constData(), uint(png.size()));
@@ -115,19 +109,9 @@ void TestPreview::pictureAtItsOwnSize()
 void TestPreview::brokenPictureFallsBackToTheDump()
 {
     const QByteArray data = padded("not a picture");
-    QString seen;
-    // The notice is modal inside the constructor: answer it once it is up.
-    QTimer answer;
-    connect(&answer, &QTimer::timeout, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            seen = box->text();
-            box->buttons().first()->click();
-        }
-    });
-    answer.start(10);
+    MessageRecorder messages; // the notice is modal inside the constructor
     PreviewDialog dialog(QStringLiteral("broken.jpg"), data.constData(), 13);
-    answer.stop();
-    QCOMPARE(seen, QStringLiteral("图片文件无法预览，可能已经损坏。"));
+    QCOMPARE(messages.texts, QStringList({QStringLiteral("图片文件无法预览，可能已经损坏。")}));
     QVERIFY(editOf(dialog)->toPlainText().startsWith(QStringLiteral("0000  6E 6F 74 ")));
     QCOMPARE(text(dialog, "labelPicSize"), QString());
 }

@@ -1,3 +1,4 @@
+#include "WizardTestKit.h"
 #include "results/FolderNode.h"
 #include "results/NtfsFile.h"
 #include "scan/PartScan.h"
@@ -7,9 +8,7 @@
 #include "wizard/RowRef.h"
 #include "wizard/SelectionSums.h"
 
-#include <QBuffer>
 #include <QDateTime>
-#include <QImage>
 #include <QListWidget>
 #include <QTreeWidget>
 #include <QtTest>
@@ -52,17 +51,6 @@ FolderNode* addFolder(FolderNode* parent, const QString& name, int checkState)
     f->checkState = checkState;
     parent->children.append(f);
     return f;
-}
-
-QByteArray png(int w, int h)
-{
-    QImage image(w, h, QImage::Format_RGB32);
-    image.fill(Qt::blue);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
 }
 
 QStringList column(const QTreeWidget& list, int c)
@@ -154,7 +142,7 @@ void TestResultLists::thumbnailsAndFallbacks()
     FolderNode folder;
     folder.partIndex = 2;
     MemoryScan scan;
-    const QByteArray picture = png(40, 30);
+    const QByteArray picture = pngBytes(40, 30);
     FoundFile* good = addFile(&folder, QStringLiteral("PHOTO.PNG"), quint64(picture.size()));
     scan.content[good] = picture;
     scan.content[addFile(&folder, QStringLiteral("broken.png"), 50)] = QByteArray(50, 'x');
