@@ -128,6 +128,7 @@ private:
     QTreeWidgetItem* deviceRow(const QString& name);
     void chooseRow(const QString& name);
     void waitForMessage(const QString& text);
+    void grab(const QString& name);
     void browseTheRoot(Step3Page* page);
     void next(QWidget* page) { static_cast<StepPage*>(page)->nextButton->click(); }
 
@@ -192,6 +193,14 @@ void TestScanSteps::chooseRow(const QString& name)
     QTreeWidget* tree = window->step1()->deviceTree;
     tree->setCurrentItem(row);
     emit tree->itemClicked(row, 0);
+}
+
+// OSTREL_SCREENSHOTS=folder keeps a picture of each step of the NTFS run.
+void TestScanSteps::grab(const QString& name)
+{
+    const QString dir = qEnvironmentVariable("OSTREL_SCREENSHOTS");
+    if (!dir.isEmpty() && QTest::currentDataTag() == QLatin1String("file recovery, NTFS"))
+        QVERIFY(window->grab().save(dir + QLatin1Char('/') + name));
 }
 
 void TestScanSteps::waitForMessage(const QString& text)
@@ -332,9 +341,12 @@ void TestScanSteps::scanToRestore()
     QFETCH(QStringList, names);
     clickMode(mode);
     chooseRow(row);
+    grab(QStringLiteral("step1.png"));
     next(window->step1());
-    if (mode == 1)
+    if (mode == 1) {
+        grab(QStringLiteral("step2.png"));
         next(window->step2());
+    }
     Step3Page* page = window->step3();
     QVERIFY(page->isVisible());
     waitForMessage(kScanDone);
@@ -346,8 +358,11 @@ void TestScanSteps::scanToRestore()
     const QModelIndex root = page->treeStep3->model()->index(0, 0);
     QVERIFY(root.isValid());
     QMetaObject::invokeMethod(window.get(), "treeStep3_clicked", Q_ARG(QModelIndex, root));
-    if (mode == 1)
+    if (mode == 1) {
+        page->treeStep3->expandAll();
         browseTheRoot(page);
+        grab(QStringLiteral("step3.png"));
+    }
 
     next(page);
     Step4Page* restore = window->step4();
@@ -359,6 +374,7 @@ void TestScanSteps::scanToRestore()
     waitForMessage(kRestoreDone);
     QCOMPARE(messages->texts.count(kRestoreDone), 1);
     QCOMPARE(restore->restoreProgressBar->value(), 100);
+    grab(QStringLiteral("step4.png"));
 
     const QMap<QString, QByteArray> written = filesBelow(target.path());
     QMap<QString, QByteArray> want = demo.ntfsFiles;
