@@ -14,8 +14,6 @@ private slots:
     void typeClicksSettleTheCategory();
     void categoryClickCarriesDown_data();
     void categoryClickCarriesDown();
-    void walksReachCollapsedTypes();
-    void selectNoneWithoutCurrentStartsAtTheTop();
     void fileFilter_data();
     void fileFilter();
 
@@ -81,25 +79,7 @@ void TestFileTypeChecks::categoryClickCarriesDown()
         QCOMPARE(int(type(1, i)->checkState(0)), to);
 }
 
-void TestFileTypeChecks::walksReachCollapsedTypes()
-{
-    tree->expandItem(category(1));
-    tree->setCurrentItem(type(1, 1));
-    FileTypeChecks::checkWholeTree(tree, Qt::Unchecked);
-    QCOMPARE(FileTypeChecks::fileFilter(tree), QString());
-    for (int c = 0; c < 3; ++c)
-        QCOMPARE(category(c)->checkState(0), Qt::Unchecked);
-    FileTypeChecks::checkVisibleFrom(type(1, 1), Qt::Checked);
-    QCOMPARE(FileTypeChecks::fileFilter(tree), QStringLiteral(".docx;.pdf;.jpg;.tif;.cr2;.m4r;.m4a"));
-}
 
-void TestFileTypeChecks::selectNoneWithoutCurrentStartsAtTheTop()
-{
-    QVERIFY(!tree->currentItem());
-    FileTypeChecks::checkWholeTree(tree, Qt::Unchecked);
-    QCOMPARE(FileTypeChecks::fileFilter(tree), QString());
-    QCOMPARE(category(2)->checkState(0), Qt::Unchecked);
-}
 
 void TestFileTypeChecks::fileFilter_data()
 {
