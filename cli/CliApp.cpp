@@ -162,31 +162,31 @@ Failure letterOfImagePartition(DeviceLayer& layer, int disk, int partition, QCha
     return {};
 }
 
-Failure resolve(Devices& devices, const SourceSpec& spec, bool wholeDisk, Target* t)
+Failure resolve(Devices& devices, const SourceSpec& source, bool wholeDisk, Target* t)
 {
     DeviceLayer& layer = devices.layer();
     t->wholeDisk = wholeDisk;
-    switch (spec.kind) {
+    switch (source.kind) {
     case SourceSpec::Letter:
-        t->letter = spec.letter;
-        t->disk = layer.deviceNumberOfLetter(spec.letter);
+        t->letter = source.letter;
+        t->disk = layer.deviceNumberOfLetter(source.letter);
         if (t->disk < 0)
-            return {CliApp::NoSource, QStringLiteral("no volume has the letter %1").arg(spec.letter)};
+            return {CliApp::NoSource, QStringLiteral("no volume has the letter %1").arg(source.letter)};
         break;
     case SourceSpec::Disk:
-        if (!layer.listDisks().contains(spec.disk))
-            return {CliApp::NoSource, QStringLiteral("no disk %1").arg(spec.disk)};
+        if (!layer.listDisks().contains(source.disk))
+            return {CliApp::NoSource, QStringLiteral("no disk %1").arg(source.disk)};
         if (!wholeDisk)
             return {CliApp::Usage, QStringLiteral("a whole disk is searched with --mode partition")};
-        t->disk = spec.disk;
+        t->disk = source.disk;
         break;
     case SourceSpec::Image: {
         int error = 0;
-        t->disk = devices.layer().addImageFile(spec.imagePath, &error);
+        t->disk = devices.layer().addImageFile(source.imagePath, &error);
         if (t->disk < 0)
-            return {CliApp::NoSource, QStringLiteral("cannot open image %1: %2").arg(spec.imagePath, QString::fromLocal8Bit(strerror(error)))};
+            return {CliApp::NoSource, QStringLiteral("cannot open image %1: %2").arg(source.imagePath, QString::fromLocal8Bit(strerror(error)))};
         if (!wholeDisk) {
-            const Failure f = letterOfImagePartition(layer, t->disk, spec.partition, &t->letter);
+            const Failure f = letterOfImagePartition(layer, t->disk, source.partition, &t->letter);
             if (f.code != CliApp::Ok)
                 return f;
         }
@@ -278,16 +278,16 @@ int scanOrRestore(const QStringList& args, bool restore)
     Failure f = scanOptions(parser, &options);
     if (f.code != CliApp::Ok)
         return fail(f);
-    SourceSpec spec;
+    SourceSpec source;
     QString parseError;
-    if (!SourceSpec::parse(parser.positionalArguments().first(), &spec, &parseError))
+    if (!SourceSpec::parse(parser.positionalArguments().first(), &source, &parseError))
         return fail({CliApp::BadPartition, parseError});
     Devices devices(parser.isSet(QStringLiteral("images-only")));
     f = devices.addImages(parser.values(QStringLiteral("image")));
     if (f.code != CliApp::Ok)
         return fail(f);
     Target target;
-    f = resolve(devices, spec, options.wholeDisk, &target);
+    f = resolve(devices, source, options.wholeDisk, &target);
     if (f.code != CliApp::Ok)
         return fail(f);
 

@@ -2,7 +2,7 @@
 // recoveries of the demo disk, restored files compared with what was written.
 #include "cli/CliApp.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/DemoDisk.h"
+#include "tools/demo/DemoDisk.h"
 #include "fixtures/DiskImageBuilder.h"
 
 #include <QDir>

@@ -1,5 +1,5 @@
 // Writes the demo disk: make_demo_disk OUTPUT.img
-#include "fixtures/DemoDisk.h"
+#include "tools/demo/DemoDisk.h"
 
 #include <QCoreApplication>
 #include <cstdio>
