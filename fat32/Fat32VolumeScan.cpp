@@ -8,7 +8,6 @@
 #include "results/FolderNode.h"
 #include "scan/CheckedMath.h"
 #include "scan/RestoreWalk.h"
-#include "scan/SafeFileName.h"
 
 #include <QByteArray>
 #include <QDebug>
@@ -83,6 +82,14 @@ void Fat32VolumeScan::parseBootSector()
     volumeBytes = g.volumeBytes;
     qDebug("%X %X %llX %llX %llX", clusterBytes, unsigned(fatCount), volumeBytes, fatBytes, fatOffset);
     qDebug("%llX %X", dataOffset, rootCluster);
+}
+
+bool Fat32VolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
+{
+    char sector[Fat32BootSector::kSectorBytes];
+    Fat32BootSector boot;
+    return handle.read(sector, sizeof sector, partOffset) == qint64(sizeof sector)
+        && Fat32BootSector::parse(sector, sizeof sector, &boot);
 }
 
 bool Fat32VolumeScan::clusterPosition(quint32 cluster, quint64* position) const
@@ -306,7 +313,7 @@ void Fat32VolumeScan::writeFile(const QString& folderPath, Fat32File* file)
 {
     if (file->clusters.isEmpty())
         return;
-    const QString path = folderPath + QLatin1Char('/') + SafeFileName::component(file->name);
+    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
     QFile out(path);
     if (!out.open(QIODevice::WriteOnly))
         return;

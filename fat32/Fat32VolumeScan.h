@@ -27,6 +27,10 @@ public:
     void stop() override;
     void parseBootSector() override;
 
+    // The boot sector checks the constructor ends the program on, made without
+    // ending it: true when a scanner can be built on handle at partOffset.
+    static bool canOpen(const DeviceHandle& handle, quint64 partOffset);
+
     // Device position of a data cluster; false for clusters 0 and 1 and for
     // positions beyond 64 bits.
     bool clusterPosition(quint32 cluster, quint64* position) const;

@@ -10,7 +10,6 @@
 #include "scan/CheckedMath.h"
 #include "scan/LeReader.h"
 #include "scan/RestoreWalk.h"
-#include "scan/SafeFileName.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QDebug>
@@ -102,9 +101,7 @@ void NtfsVolumeScan::parseBootSector()
     mftLcn = geometry.mftLcn;
     qDebug() << "a=" << mftLcn << partOffset;
 
-    const quint64 deviceBytes = handle.length() > partOffset ? handle.length() - partOffset : 0;
-    const quint64 statedBytes = checked::mulSat(geometry.totalSectors, geometry.sectorBytes);
-    volumeClusters = (statedBytes ? qMin(statedBytes, deviceBytes) : deviceBytes) >> geometry.clusterShift;
+    volumeClusters = clustersOnDevice(geometry, handle.length(), partOffset);
 
     QByteArray record(int(geometry.recordBytes), '\0');
     const quint64 position = checked::addSat(checked::mulSat(mftLcn, geometry.clusterBytes), partOffset);
@@ -115,8 +112,56 @@ void NtfsVolumeScan::parseBootSector()
     orphanIndex = 1;
 }
 
+quint64 NtfsVolumeScan::clustersOnDevice(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset)
+{
+    const quint64 deviceBytes = deviceLength > partOffset ? deviceLength - partOffset : 0;
+    const quint64 statedBytes = checked::mulSat(geometry.totalSectors, geometry.sectorBytes);
+    return (statedBytes ? qMin(statedBytes, deviceBytes) : deviceBytes) >> geometry.clusterShift;
+}
+
+bool NtfsVolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
+{
+    uint8_t sector[kBootSectorBytes];
+    NtfsGeometry g;
+    bool signatureOk = false;
+    if (handle.read(sector, kBootSectorBytes, partOffset) != qint64(kBootSectorBytes)
+        || !NtfsGeometry::parse(sector, kBootSectorBytes, &g, &signatureOk))
+        return false;
+    const quint64 clusters = clustersOnDevice(g, handle.length(), partOffset);
+    QByteArray record(int(g.recordBytes), '\0');
+    const quint64 position = checked::addSat(checked::mulSat(g.mftLcn, g.clusterBytes), partOffset);
+    return g.mftLcn < clusters && handle.read(record.data(), g.recordBytes, position) == qint64(g.recordBytes)
+        && !mftRecordProblem(reinterpret_cast<uint8_t*>(record.data()), g, clusters);
+}
+
+const char* NtfsVolumeScan::mftRecordProblem(uint8_t* record, const NtfsGeometry& geometry, quint64 volumeClusters)
+{
+    MftRecordInfo info;
+    if (!MftRecord::parseHeader(record, geometry.recordBytes, &info))
+        return "$MFT record has a bad header";
+    quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
+    const int data = MftRecord::findAttribute(record, geometry.recordBytes, info.attrOffset, MftRecord::kDataType, &remaining);
+    LeReader r(record + qMax(data, 0), data < 0 ? 0 : remaining);
+    const quint16 listOffset = r.u16(kRunListOffset);
+    r.u64(kRealSizeOffset);
+    QList<DataRun*> runs;
+    if (r.ok() && r.u8(kNonResidentFlagOffset) != 0 && listOffset < remaining)
+        RunList::decode(record + data + listOffset, remaining - listOffset, volumeClusters, &runs);
+    const bool hasRuns = !runs.isEmpty();
+    qDeleteAll(runs);
+    if (!hasRuns)
+        return "$MFT record has no $DATA runs";
+    remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
+    if (MftRecord::findAttribute(record, geometry.recordBytes, info.attrOffset, MftRecord::kBitmapType, &remaining) < 0)
+        return "$MFT record has no $BITMAP";
+    return nullptr;
+}
+
 void NtfsVolumeScan::parseMftRecord(uint8_t* record, MftRecordInfo& info)
 {
+    if (const char* problem = mftRecordProblem(record, geometry, volumeClusters))
+        qFatal("%s: %s", "NtfsVolumeScan::parseMftRecord", problem);
+    // The checks above put the sector ends back already; a second parse finds them in place.
     if (!parseRecordHeader(record, info))
         qFatal("%s: $MFT record has a bad header", "NtfsVolumeScan::parseMftRecord");
     delete info.file;
@@ -565,9 +610,9 @@ void NtfsVolumeScan::undelete(QString targetDir)
 
 void NtfsVolumeScan::writeFile(const QString& folderPath, NtfsFile* file)
 {
-    const QString path = folderPath + QLatin1Char('/') + SafeFileName::component(file->name);
     if (!file->resident && file->runs.isEmpty())
         return;
+    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
     QFile out(path);
     if (!out.open(QIODevice::WriteOnly))
         return;
