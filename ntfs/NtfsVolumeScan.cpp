@@ -119,6 +119,12 @@ quint64 NtfsVolumeScan::clustersOnDevice(const NtfsGeometry& geometry, quint64 d
     return (statedBytes ? qMin(statedBytes, deviceBytes) : deviceBytes) >> geometry.clusterShift;
 }
 
+quint64 NtfsVolumeScan::statedClusters(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset)
+{
+    const quint64 statedBytes = checked::mulSat(geometry.totalSectors, geometry.sectorBytes);
+    return statedBytes ? statedBytes >> geometry.clusterShift : clustersOnDevice(geometry, deviceLength, partOffset);
+}
+
 bool NtfsVolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
 {
     uint8_t sector[kBootSectorBytes];
@@ -131,10 +137,11 @@ bool NtfsVolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
     QByteArray record(int(g.recordBytes), '\0');
     const quint64 position = checked::addSat(checked::mulSat(g.mftLcn, g.clusterBytes), partOffset);
     return g.mftLcn < clusters && handle.read(record.data(), g.recordBytes, position) == qint64(g.recordBytes)
-        && !mftRecordProblem(reinterpret_cast<uint8_t*>(record.data()), g, clusters);
+        && !mftRecordProblem(reinterpret_cast<uint8_t*>(record.data()), g,
+                             statedClusters(g, handle.length(), partOffset));
 }
 
-const char* NtfsVolumeScan::mftRecordProblem(uint8_t* record, const NtfsGeometry& geometry, quint64 volumeClusters)
+const char* NtfsVolumeScan::mftRecordProblem(uint8_t* record, const NtfsGeometry& geometry, quint64 clusterCount)
 {
     MftRecordInfo info;
     if (!MftRecord::parseHeader(record, geometry.recordBytes, &info))
@@ -146,7 +153,7 @@ const char* NtfsVolumeScan::mftRecordProblem(uint8_t* record, const NtfsGeometry
     r.u64(kRealSizeOffset);
     QList<DataRun*> runs;
     if (r.ok() && r.u8(kNonResidentFlagOffset) != 0 && listOffset < remaining)
-        RunList::decode(record + data + listOffset, remaining - listOffset, volumeClusters, &runs);
+        RunList::decode(record + data + listOffset, remaining - listOffset, clusterCount, &runs);
     const bool hasRuns = !runs.isEmpty();
     qDeleteAll(runs);
     if (!hasRuns)
@@ -159,7 +166,8 @@ const char* NtfsVolumeScan::mftRecordProblem(uint8_t* record, const NtfsGeometry
 
 void NtfsVolumeScan::parseMftRecord(uint8_t* record, MftRecordInfo& info)
 {
-    if (const char* problem = mftRecordProblem(record, geometry, volumeClusters))
+    const quint64 mftClusters = statedClusters(geometry, handle.length(), partOffset);
+    if (const char* problem = mftRecordProblem(record, geometry, mftClusters))
         qFatal("%s: %s", "NtfsVolumeScan::parseMftRecord", problem);
     // The checks above put the sector ends back already; a second parse finds them in place.
     if (!parseRecordHeader(record, info))
@@ -169,7 +177,7 @@ void NtfsVolumeScan::parseMftRecord(uint8_t* record, MftRecordInfo& info)
     info.file->mftRecord = info.recordNumber;
     quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
     const int data = findAttribute(record, info.attrOffset, MftRecord::kDataType, remaining);
-    if (data < 0 || !decodeData(record, data, remaining, info) || info.file->resident || info.file->runs.isEmpty())
+    if (data < 0 || !decodeData(record, data, remaining, info, mftClusters) || info.file->resident || info.file->runs.isEmpty())
         qFatal("%s: $MFT record has no $DATA runs", "NtfsVolumeScan::parseMftRecord");
     for (DataRun* run : info.file->runs) {
         run->vcnEnd = checked::mulSat(run->vcnEnd, kMftReachFactor);
@@ -229,7 +237,8 @@ int NtfsVolumeScan::findAttribute(const uint8_t* record, int offset, quint32 typ
     return MftRecord::findAttribute(record, geometry.recordBytes, offset, type, &remaining);
 }
 
-bool NtfsVolumeScan::decodeData(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info) const
+bool NtfsVolumeScan::decodeData(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info,
+                                quint64 clusterCount) const
 {
     NtfsFile* file = info.file;
     LeReader r(record + attrOffset, attrLength);
@@ -252,9 +261,10 @@ bool NtfsVolumeScan::decodeData(const uint8_t* record, int attrOffset, quint32 a
         return false;
     }
     if (listOffset < attrLength)
-        RunList::decode(record + attrOffset + listOffset, attrLength - listOffset, volumeClusters, &file->runs);
-    // No content reaches past what the runs describe, nor, without runs, past the volume.
-    const quint64 described = file->runs.isEmpty() ? volumeClusters : RunList::clusterTotal(file->runs);
+        RunList::decode(record + attrOffset + listOffset, attrLength - listOffset, clusterCount, &file->runs);
+    // No content reaches past what the runs describe, nor past the volume: a
+    // hole can state any length, and the size is what a preview allocates.
+    const quint64 described = file->runs.isEmpty() ? clusterCount : qMin(RunList::clusterTotal(file->runs), clusterCount);
     file->size = qMin(file->size, checked::mulSat(described, geometry.clusterBytes));
     return true;
 }
@@ -279,7 +289,7 @@ bool NtfsVolumeScan::parseFileRecord(uint8_t* record, MftRecordInfo& info)
     info.file = file;
     quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
     const int data = findAttribute(record, info.attrOffset, MftRecord::kDataType, remaining);
-    if (data >= 0 && decodeData(record, data, remaining, info) && file->resident)
+    if (data >= 0 && decodeData(record, data, remaining, info, volumeClusters) && file->resident)
         file->residentOffset = quint16(file->residentOffset + data);
     if (file->size == 0) {
         delete file;
@@ -414,7 +424,7 @@ void NtfsVolumeScan::loadClusterBitmap()
         return;
     NtfsFile bitmapFile;
     info.file = &bitmapFile;
-    if (!decodeData(bytes, data, remaining, info) || bitmapFile.resident || bitmapFile.runs.isEmpty()
+    if (!decodeData(bytes, data, remaining, info, volumeClusters) || bitmapFile.resident || bitmapFile.runs.isEmpty()
         || bitmapFile.runs.first()->sparse)
         return;
     // One bit per cluster of the volume; a longer first run holds nothing more.

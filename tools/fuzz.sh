@@ -30,6 +30,7 @@ for target in build-fuzz/fuzz_*; do
     echo "  FINDING: see $findings and build-fuzz/$name.log"
     status=1
   fi
+  grep -ho "Done [0-9]* runs in [0-9]* second(s)" "build-fuzz/$name.log" | sed 's/^/  /' || true
 done
 [ "$ran" -gt 0 ] || { echo "no fuzz targets were built" >&2; exit 1; }
 exit $status
