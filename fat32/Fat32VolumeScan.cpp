@@ -245,7 +245,9 @@ void Fat32VolumeScan::fileDeleted(Walk& walk, Directory& dir, const Fat32DirEntr
     auto* file = new Fat32File;
     file->name = name;
     file->modifiedMsecs = Fat32DirEntry::stampMsecs(entry.date, entry.time);
-    file->size = entry.size;
+    // A size beyond the volume is damage; the size is what a preview allocates.
+    const quint64 deviceBytes = handle.length() > partOffset ? handle.length() - partOffset : 0;
+    file->size = qMin<quint64>(entry.size, deviceBytes);
     file->clusters = fat->chain(entry.firstCluster);
     const quint64 needed = (quint64(entry.size) + clusterBytes - 1) >> clusterShift;
     fat->continueOverFree(&file->clusters, needed);

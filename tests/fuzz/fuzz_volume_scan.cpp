@@ -14,25 +14,28 @@
 
 namespace {
 enum Mode { NtfsQuick, NtfsDeep, Fat32Quick, Fat32Deep, DiskSearch, ModeCount };
-// A preview buffer larger than this is a size taken from the disk unclamped.
-constexpr quint64 kMaxPreviewBytes = quint64(1) << 32;
+// A preview buffer may exceed the volume by a cluster of slack; more is a
+// size taken from the disk unclamped.
+constexpr quint64 kPreviewSlack = quint64(1) << 21;
+// Previews up to this size are taken; larger ones are only sized.
+constexpr quint64 kPreviewTaken = quint64(1) << 20;
 
-void previewAll(PartScan* scanner, const FolderNode* folder)
+void previewAll(PartScan* scanner, const FolderNode* folder, quint64 imageBytes)
 {
     for (FoundFile* f : folder->files) {
         const quint64 need = scanner->fileContent(nullptr, f);
-        if (need > kMaxPreviewBytes)
+        if (need > imageBytes + kPreviewSlack)
             __builtin_trap();
-        if (need <= (1u << 20)) {
+        if (need <= kPreviewTaken) {
             std::vector<char> buffer(size_t(need) + 1);
             scanner->fileContent(buffer.data(), f);
         }
     }
     for (const FolderNode* c : folder->children)
-        previewAll(scanner, c);
+        previewAll(scanner, c, imageBytes);
 }
 
-void scanVolume(PartScan* scanner, bool deep)
+void scanVolume(PartScan* scanner, bool deep, quint64 imageBytes)
 {
     FolderNode top;
     scanner->rootFolder = top.addChild(QStringLiteral("fuzz"), 0, true);
@@ -40,7 +43,7 @@ void scanVolume(PartScan* scanner, bool deep)
     scanner->fileFilter = QStringLiteral("*");
     scanner->start();
     scanner->wait();
-    previewAll(scanner, scanner->rootFolder);
+    previewAll(scanner, scanner->rootFolder, imageBytes);
     delete scanner; // frees the volume folder with its tree
     top.children.clear();
 }
@@ -72,12 +75,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     case NtfsQuick:
     case NtfsDeep:
         if (NtfsVolumeScan::canOpen(handle, 0))
-            scanVolume(new NtfsVolumeScan(QStringLiteral("fuzz"), handle, 0), mode == NtfsDeep);
+            scanVolume(new NtfsVolumeScan(QStringLiteral("fuzz"), handle, 0), mode == NtfsDeep, quint64(image.size()));
         break;
     case Fat32Quick:
     case Fat32Deep:
         if (Fat32VolumeScan::canOpen(handle, 0))
-            scanVolume(new Fat32VolumeScan(QStringLiteral("fuzz"), handle, 0), mode == Fat32Deep);
+            scanVolume(new Fat32VolumeScan(QStringLiteral("fuzz"), handle, 0), mode == Fat32Deep, quint64(image.size()));
         break;
     default:
         searchDisk(image);
