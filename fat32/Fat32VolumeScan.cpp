@@ -105,11 +105,14 @@ bool Fat32VolumeScan::clusterPosition(quint32 cluster, quint64* position) const
     return true;
 }
 
+quint64 Fat32VolumeScan::bytesFromVolumeStart() const
+{
+    return handle.length() > partOffset ? handle.length() - partOffset : 0;
+}
+
 quint64 Fat32VolumeScan::fatEntriesToLoad() const
 {
-    const quint64 deviceLength = handle.length();
-    const quint64 afterVolumeStart = deviceLength > partOffset ? deviceLength - partOffset : 0;
-    return boot.usableFatEntries(afterVolumeStart);
+    return boot.usableFatEntries(bytesFromVolumeStart());
 }
 
 void Fat32VolumeScan::loadFat()
@@ -246,8 +249,7 @@ void Fat32VolumeScan::fileDeleted(Walk& walk, Directory& dir, const Fat32DirEntr
     file->name = name;
     file->modifiedMsecs = Fat32DirEntry::stampMsecs(entry.date, entry.time);
     // A size beyond the volume is damage; the size is what a preview allocates.
-    const quint64 deviceBytes = handle.length() > partOffset ? handle.length() - partOffset : 0;
-    file->size = qMin<quint64>(entry.size, deviceBytes);
+    file->size = qMin<quint64>(entry.size, bytesFromVolumeStart());
     file->clusters = fat->chain(entry.firstCluster);
     const quint64 needed = (quint64(entry.size) + clusterBytes - 1) >> clusterShift;
     fat->continueOverFree(&file->clusters, needed);

@@ -59,6 +59,8 @@ private:
     };
     struct Walk;
 
+    // The device's bytes from the volume's start: all a volume here can hold.
+    quint64 bytesFromVolumeStart() const;
     quint64 fatEntriesToLoad() const;
     void loadFat();
     void readDirectory(Walk& walk, Directory& dir);

@@ -150,7 +150,7 @@ const char* NtfsVolumeScan::mftRecordProblem(uint8_t* record, const NtfsGeometry
     const int data = MftRecord::findAttribute(record, geometry.recordBytes, info.attrOffset, MftRecord::kDataType, &remaining);
     LeReader r(record + qMax(data, 0), data < 0 ? 0 : remaining);
     const quint16 listOffset = r.u16(kRunListOffset);
-    r.u64(kRealSizeOffset);
+    r.u64(kRealSizeOffset); // the sizes must lie inside the attribute, as for any file's $DATA
     QList<DataRun*> runs;
     if (r.ok() && r.u8(kNonResidentFlagOffset) != 0 && listOffset < remaining)
         RunList::decode(record + data + listOffset, remaining - listOffset, clusterCount, &runs);
