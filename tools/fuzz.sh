@@ -3,6 +3,8 @@
 #   tools/fuzz.sh [SECONDS_PER_TARGET]   (default 60)
 # Inputs that crash land in build-fuzz/findings/<target>/; turn each into a
 # regression test before fixing it.
+# Each target starts from tests/fuzz/seeds/<target>/, which the image builders
+# write: build/tests/make_fuzz_seeds tests/fuzz/seeds
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/deps.sh
