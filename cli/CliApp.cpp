@@ -267,6 +267,7 @@ int scanOrRestore(const QStringList& args, bool restore)
     if (restore) {
         parser.addOption({QStringLiteral("to"), QStringLiteral("Target folder."), QStringLiteral("DIR")});
         parser.addOption({QStringLiteral("only"), QStringLiteral("Restore only this folder of the tree (repeatable)."), QStringLiteral("PATH")});
+        parser.addOption({QStringLiteral("keep-both"), QStringLiteral("A file whose name is taken in DIR is written as \"name (2).ext\" instead of replacing it.")});
     }
     parser.process(args);
     if (parser.positionalArguments().size() != 1)
@@ -327,7 +328,7 @@ int scanOrRestore(const QStringList& args, bool restore)
                 CheckStates::set(folder, 2);
             }
         }
-        session->restore(targetDir);
+        session->restore(targetDir, parser.isSet(QStringLiteral("keep-both")));
         if (json)
             doc = TreeReport::json(session->root());
     }
@@ -355,7 +356,7 @@ void usage()
 {
     err(QStringLiteral("usage: ostrel-cli devices [--json] [--image FILE]...\n"
                        "       ostrel-cli scan [--mode file|format|partition] [--deep] [--types \".jpg;.png\"] [--json] SOURCE\n"
-                       "       ostrel-cli restore [scan options] [--only PATH]... --to DIR SOURCE\n"
+                       "       ostrel-cli restore [scan options] [--only PATH]... [--keep-both] --to DIR SOURCE\n"
                        "SOURCE is a drive letter (E), a disk (disk:N), or an image file, optionally with a\n"
                        "1-based partition (card.img@1). Run a command with --help for its options;\n"
                        "--verbose shows the scanners' progress traces.\n"

@@ -89,9 +89,10 @@ void ScanSession::scan()
     runThread();
 }
 
-void ScanSession::restore(const QString& dir)
+void ScanSession::restore(const QString& dir, bool keepBoth)
 {
     m_scanner->setRestoreDir(dir);
+    m_scanner->keepBoth = keepBoth;
     runThread();
 }
 

@@ -21,8 +21,9 @@ public:
     // Ctrl-C reached the scan (it was asked to stop).
     bool interrupted() const { return m_interrupted; }
     void scan();
-    // Writes the fully checked folders below dir through the scanner's own restore.
-    void restore(const QString& dir);
+    // Writes the fully checked folders below dir through the scanner's own
+    // restore; keepBoth numbers a file whose name is taken instead of replacing it.
+    void restore(const QString& dir, bool keepBoth = false);
     void stop();
 
     FolderNode* root() const { return m_root; }

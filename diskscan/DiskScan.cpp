@@ -122,8 +122,10 @@ void DiskScan::scanDoneSlot(quint64 results, quint64 size)
 void DiskScan::run()
 {
     if (!restoreDir.isEmpty()) {
-        for (PartScan* p : partScans)
+        for (PartScan* p : partScans) {
+            p->keepBoth = keepBoth;
             p->undelete(restoreDir);
+        }
         emit undeleteDone();
         return;
     }
@@ -189,6 +191,14 @@ quint64 DiskScan::onHit(int kind, quint64 offset, quint64 totalSectors, int* par
     emit diskScanBegin(*partitionNumber, ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
     if ((ntfs && length <= kSmallestNtfsVolume) || stopRequested())
         return next;
+    // A stray boot sector (the backup of a lost volume, a copy inside an
+    // image file, garbage behind the text) gets no scanner, so its fatal
+    // message can't end the search; the walk goes on behind the sector.
+    if (!(ntfs ? NtfsVolumeScan::canOpen(diskHandle, offset) : Fat32VolumeScan::canOpen(diskHandle, offset))) {
+        qDebug("offset=%llX: boot sector does not open, passed over", static_cast<unsigned long long>(offset));
+        emit diskScanEnd();
+        return offset + kSector;
+    }
     const QString name = QStringLiteral("%1 %2").arg(*partitionNumber).arg(ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
     PartScan* scanner = ntfs ? static_cast<PartScan*>(new NtfsVolumeScan(name, diskHandle, offset))
                              : static_cast<PartScan*>(new Fat32VolumeScan(name, diskHandle, offset));

@@ -8,7 +8,6 @@
 #include "results/FolderNode.h"
 #include "scan/CheckedMath.h"
 #include "scan/RestoreWalk.h"
-#include "scan/SafeFileName.h"
 
 #include <QByteArray>
 #include <QDebug>
@@ -85,6 +84,14 @@ void Fat32VolumeScan::parseBootSector()
     qDebug("%llX %X", dataOffset, rootCluster);
 }
 
+bool Fat32VolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
+{
+    char sector[Fat32BootSector::kSectorBytes];
+    Fat32BootSector boot;
+    return handle.read(sector, sizeof sector, partOffset) == qint64(sizeof sector)
+        && Fat32BootSector::parse(sector, sizeof sector, &boot);
+}
+
 bool Fat32VolumeScan::clusterPosition(quint32 cluster, quint64* position) const
 {
     if (cluster < Fat32Table::kFirstDataCluster)
@@ -98,11 +105,14 @@ bool Fat32VolumeScan::clusterPosition(quint32 cluster, quint64* position) const
     return true;
 }
 
+quint64 Fat32VolumeScan::bytesFromVolumeStart() const
+{
+    return handle.length() > partOffset ? handle.length() - partOffset : 0;
+}
+
 quint64 Fat32VolumeScan::fatEntriesToLoad() const
 {
-    const quint64 deviceLength = handle.length();
-    const quint64 afterVolumeStart = deviceLength > partOffset ? deviceLength - partOffset : 0;
-    return boot.usableFatEntries(afterVolumeStart);
+    return boot.usableFatEntries(bytesFromVolumeStart());
 }
 
 void Fat32VolumeScan::loadFat()
@@ -238,7 +248,8 @@ void Fat32VolumeScan::fileDeleted(Walk& walk, Directory& dir, const Fat32DirEntr
     auto* file = new Fat32File;
     file->name = name;
     file->modifiedMsecs = Fat32DirEntry::stampMsecs(entry.date, entry.time);
-    file->size = entry.size;
+    // A size beyond the volume is damage; the size is what a preview allocates.
+    file->size = qMin<quint64>(entry.size, bytesFromVolumeStart());
     file->clusters = fat->chain(entry.firstCluster);
     const quint64 needed = (quint64(entry.size) + clusterBytes - 1) >> clusterShift;
     fat->continueOverFree(&file->clusters, needed);
@@ -306,7 +317,7 @@ void Fat32VolumeScan::writeFile(const QString& folderPath, Fat32File* file)
 {
     if (file->clusters.isEmpty())
         return;
-    const QString path = folderPath + QLatin1Char('/') + SafeFileName::component(file->name);
+    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
     QFile out(path);
     if (!out.open(QIODevice::WriteOnly))
         return;

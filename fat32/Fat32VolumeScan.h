@@ -27,6 +27,10 @@ public:
     void stop() override;
     void parseBootSector() override;
 
+    // The boot sector checks the constructor ends the program on, made without
+    // ending it: true when a scanner can be built on handle at partOffset.
+    static bool canOpen(const DeviceHandle& handle, quint64 partOffset);
+
     // Device position of a data cluster; false for clusters 0 and 1 and for
     // positions beyond 64 bits.
     bool clusterPosition(quint32 cluster, quint64* position) const;
@@ -55,6 +59,8 @@ private:
     };
     struct Walk;
 
+    // The device's bytes from the volume's start: all a volume here can hold.
+    quint64 bytesFromVolumeStart() const;
     quint64 fatEntriesToLoad() const;
     void loadFat();
     void readDirectory(Walk& walk, Directory& dir);

@@ -10,7 +10,6 @@
 #include "scan/CheckedMath.h"
 #include "scan/LeReader.h"
 #include "scan/RestoreWalk.h"
-#include "scan/SafeFileName.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QDebug>
@@ -102,9 +101,7 @@ void NtfsVolumeScan::parseBootSector()
     mftLcn = geometry.mftLcn;
     qDebug() << "a=" << mftLcn << partOffset;
 
-    const quint64 deviceBytes = handle.length() > partOffset ? handle.length() - partOffset : 0;
-    const quint64 statedBytes = checked::mulSat(geometry.totalSectors, geometry.sectorBytes);
-    volumeClusters = (statedBytes ? qMin(statedBytes, deviceBytes) : deviceBytes) >> geometry.clusterShift;
+    volumeClusters = clustersOnDevice(geometry, handle.length(), partOffset);
 
     QByteArray record(int(geometry.recordBytes), '\0');
     const quint64 position = checked::addSat(checked::mulSat(mftLcn, geometry.clusterBytes), partOffset);
@@ -115,8 +112,64 @@ void NtfsVolumeScan::parseBootSector()
     orphanIndex = 1;
 }
 
+quint64 NtfsVolumeScan::clustersOnDevice(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset)
+{
+    const quint64 deviceBytes = deviceLength > partOffset ? deviceLength - partOffset : 0;
+    const quint64 statedBytes = checked::mulSat(geometry.totalSectors, geometry.sectorBytes);
+    return (statedBytes ? qMin(statedBytes, deviceBytes) : deviceBytes) >> geometry.clusterShift;
+}
+
+quint64 NtfsVolumeScan::statedClusters(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset)
+{
+    const quint64 statedBytes = checked::mulSat(geometry.totalSectors, geometry.sectorBytes);
+    return statedBytes ? statedBytes >> geometry.clusterShift : clustersOnDevice(geometry, deviceLength, partOffset);
+}
+
+bool NtfsVolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
+{
+    uint8_t sector[kBootSectorBytes];
+    NtfsGeometry g;
+    bool signatureOk = false;
+    if (handle.read(sector, kBootSectorBytes, partOffset) != qint64(kBootSectorBytes)
+        || !NtfsGeometry::parse(sector, kBootSectorBytes, &g, &signatureOk))
+        return false;
+    const quint64 clusters = clustersOnDevice(g, handle.length(), partOffset);
+    QByteArray record(int(g.recordBytes), '\0');
+    const quint64 position = checked::addSat(checked::mulSat(g.mftLcn, g.clusterBytes), partOffset);
+    return g.mftLcn < clusters && handle.read(record.data(), g.recordBytes, position) == qint64(g.recordBytes)
+        && !mftRecordProblem(reinterpret_cast<uint8_t*>(record.data()), g,
+                             statedClusters(g, handle.length(), partOffset));
+}
+
+const char* NtfsVolumeScan::mftRecordProblem(uint8_t* record, const NtfsGeometry& geometry, quint64 clusterCount)
+{
+    MftRecordInfo info;
+    if (!MftRecord::parseHeader(record, geometry.recordBytes, &info))
+        return "$MFT record has a bad header";
+    quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
+    const int data = MftRecord::findAttribute(record, geometry.recordBytes, info.attrOffset, MftRecord::kDataType, &remaining);
+    LeReader r(record + qMax(data, 0), data < 0 ? 0 : remaining);
+    const quint16 listOffset = r.u16(kRunListOffset);
+    r.u64(kRealSizeOffset); // the sizes must lie inside the attribute, as for any file's $DATA
+    QList<DataRun*> runs;
+    if (r.ok() && r.u8(kNonResidentFlagOffset) != 0 && listOffset < remaining)
+        RunList::decode(record + data + listOffset, remaining - listOffset, clusterCount, &runs);
+    const bool hasRuns = !runs.isEmpty();
+    qDeleteAll(runs);
+    if (!hasRuns)
+        return "$MFT record has no $DATA runs";
+    remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
+    if (MftRecord::findAttribute(record, geometry.recordBytes, info.attrOffset, MftRecord::kBitmapType, &remaining) < 0)
+        return "$MFT record has no $BITMAP";
+    return nullptr;
+}
+
 void NtfsVolumeScan::parseMftRecord(uint8_t* record, MftRecordInfo& info)
 {
+    const quint64 mftClusters = statedClusters(geometry, handle.length(), partOffset);
+    if (const char* problem = mftRecordProblem(record, geometry, mftClusters))
+        qFatal("%s: %s", "NtfsVolumeScan::parseMftRecord", problem);
+    // The checks above put the sector ends back already; a second parse finds them in place.
     if (!parseRecordHeader(record, info))
         qFatal("%s: $MFT record has a bad header", "NtfsVolumeScan::parseMftRecord");
     delete info.file;
@@ -124,7 +177,7 @@ void NtfsVolumeScan::parseMftRecord(uint8_t* record, MftRecordInfo& info)
     info.file->mftRecord = info.recordNumber;
     quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
     const int data = findAttribute(record, info.attrOffset, MftRecord::kDataType, remaining);
-    if (data < 0 || !decodeData(record, data, remaining, info) || info.file->resident || info.file->runs.isEmpty())
+    if (data < 0 || !decodeData(record, data, remaining, info, mftClusters) || info.file->resident || info.file->runs.isEmpty())
         qFatal("%s: $MFT record has no $DATA runs", "NtfsVolumeScan::parseMftRecord");
     for (DataRun* run : info.file->runs) {
         run->vcnEnd = checked::mulSat(run->vcnEnd, kMftReachFactor);
@@ -184,7 +237,8 @@ int NtfsVolumeScan::findAttribute(const uint8_t* record, int offset, quint32 typ
     return MftRecord::findAttribute(record, geometry.recordBytes, offset, type, &remaining);
 }
 
-bool NtfsVolumeScan::decodeData(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info) const
+bool NtfsVolumeScan::decodeData(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info,
+                                quint64 clusterCount) const
 {
     NtfsFile* file = info.file;
     LeReader r(record + attrOffset, attrLength);
@@ -207,9 +261,10 @@ bool NtfsVolumeScan::decodeData(const uint8_t* record, int attrOffset, quint32 a
         return false;
     }
     if (listOffset < attrLength)
-        RunList::decode(record + attrOffset + listOffset, attrLength - listOffset, volumeClusters, &file->runs);
-    // No content reaches past what the runs describe, nor, without runs, past the volume.
-    const quint64 described = file->runs.isEmpty() ? volumeClusters : RunList::clusterTotal(file->runs);
+        RunList::decode(record + attrOffset + listOffset, attrLength - listOffset, clusterCount, &file->runs);
+    // No content reaches past what the runs describe, nor past the volume: a
+    // hole can state any length, and the size is what a preview allocates.
+    const quint64 described = file->runs.isEmpty() ? clusterCount : qMin(RunList::clusterTotal(file->runs), clusterCount);
     file->size = qMin(file->size, checked::mulSat(described, geometry.clusterBytes));
     return true;
 }
@@ -234,7 +289,7 @@ bool NtfsVolumeScan::parseFileRecord(uint8_t* record, MftRecordInfo& info)
     info.file = file;
     quint32 remaining = MftRecord::attributeBytes(info, geometry.recordBytes);
     const int data = findAttribute(record, info.attrOffset, MftRecord::kDataType, remaining);
-    if (data >= 0 && decodeData(record, data, remaining, info) && file->resident)
+    if (data >= 0 && decodeData(record, data, remaining, info, volumeClusters) && file->resident)
         file->residentOffset = quint16(file->residentOffset + data);
     if (file->size == 0) {
         delete file;
@@ -369,7 +424,7 @@ void NtfsVolumeScan::loadClusterBitmap()
         return;
     NtfsFile bitmapFile;
     info.file = &bitmapFile;
-    if (!decodeData(bytes, data, remaining, info) || bitmapFile.resident || bitmapFile.runs.isEmpty()
+    if (!decodeData(bytes, data, remaining, info, volumeClusters) || bitmapFile.resident || bitmapFile.runs.isEmpty()
         || bitmapFile.runs.first()->sparse)
         return;
     // One bit per cluster of the volume; a longer first run holds nothing more.
@@ -565,9 +620,9 @@ void NtfsVolumeScan::undelete(QString targetDir)
 
 void NtfsVolumeScan::writeFile(const QString& folderPath, NtfsFile* file)
 {
-    const QString path = folderPath + QLatin1Char('/') + SafeFileName::component(file->name);
     if (!file->resident && file->runs.isEmpty())
         return;
+    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
     QFile out(path);
     if (!out.open(QIODevice::WriteOnly))
         return;

@@ -29,6 +29,20 @@ public:
     void stop() override;
     void parseBootSector() override;
 
+    // The checks of the boot sector and the $MFT record that the constructor
+    // ends the program on, made without ending it: true when a scanner can be
+    // built on handle at partOffset. The disk search asks before it builds one.
+    static bool canOpen(const DeviceHandle& handle, quint64 partOffset);
+    // Why record 0 (fix-ups applied) can't carry a scan, as the fatal message
+    // says it; null when its frame, $DATA runs and $BITMAP are there.
+    static const char* mftRecordProblem(uint8_t* record, const NtfsGeometry& geometry, quint64 clusterCount);
+    // Clusters of the volume that lie on the device behind partOffset.
+    static quint64 clustersOnDevice(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset);
+    // Clusters the boot sector gives the volume, on the device or not; the
+    // device's when it gives none. The runs of $MFT are taken within these: an
+    // image cut short still holds the records before its end.
+    static quint64 statedClusters(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset);
+
     // Reads one MFT record by its number; bytes read, or -1.
     qint64 readRecord(void* buffer, quint32 number);
     // Reads count clusters from virtual cluster vcn of a stream; clusters read, or -1.
@@ -65,7 +79,9 @@ private:
     void readMftBitmap(const uint8_t* record, int attrOffset, quint32 attrLength);
     bool parseRecordHeader(uint8_t* record, MftRecordInfo& info) const;
     int findAttribute(const uint8_t* record, int offset, quint32 type, quint32& remaining) const;
-    bool decodeData(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info) const;
+    // Runs are kept within clusterCount clusters.
+    bool decodeData(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info,
+                    quint64 clusterCount) const;
     bool directoryName(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info) const;
     bool parseFileRecord(uint8_t* record, MftRecordInfo& info);
     bool fileRecordName(const uint8_t* record, int attrOffset, quint32 attrLength, MftRecordInfo& info);

@@ -49,6 +49,9 @@ public:
     int partIndex = 0;
     quint64 partOffset = 0;
     QString restoreDir;
+    // A restore keeps a file already in the target and writes the found one as
+    // "name (2).ext"; off, the found file takes its place (the wizard's way).
+    bool keepBoth = false;
     QMutex mutex; // guards runState changes and, by default, every read on handle
     // The lock read() takes. A disk search points its partition scanners at one
     // lock of its own, so the search, the scanners and previews share the disk.

@@ -5,11 +5,14 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStringList>
 
 namespace {
 // Deeper trees than this come only from damaged records; the walk stops there.
 constexpr int kMaxDepth = 4096;
+// A folder with this many files of one name is damage or a loop, not a folder.
+constexpr int kMaxNameNumber = 100000;
 }
 
 QString RestoreWalk::folderPath(const FolderNode* folder, const QString& targetDir)
@@ -40,6 +43,20 @@ void RestoreWalk::run(FolderNode* root, const QString& targetDir, const WriteOne
         }
         work.append(folder->children);
     }
+}
+
+QString RestoreWalk::filePath(const QString& folderPath, const QString& name, bool keepBoth)
+{
+    const QString safe = SafeFileName::component(name);
+    const QString first = folderPath + QLatin1Char('/') + safe;
+    if (!keepBoth || !QFileInfo::exists(first))
+        return first;
+    for (int n = 2; n <= kMaxNameNumber; ++n) {
+        const QString path = folderPath + QLatin1Char('/') + SafeFileName::numbered(safe, n);
+        if (!QFileInfo::exists(path))
+            return path;
+    }
+    return QString();
 }
 
 bool RestoreWalk::setModified(const QString& filePath, quint64 modifiedMsecs)

@@ -22,20 +22,19 @@ QString replaceLoneSurrogates(const QString& in)
     return out;
 }
 
-QString fitBytes(const QString& name)
+// The stem, then the mark, then the extension, shortening the stem until the
+// whole fits: the extension and the mark survive a long name.
+QString fitBytes(const QString& name, const QString& mark = QString())
 {
-    if (name.toUtf8().size() <= kMaxNameBytes)
-        return name;
-    // Keep the extension, shorten the stem.
     const int dot = name.lastIndexOf('.');
     const QString ext = (dot > 0 && name.size() - dot <= 16) ? name.mid(dot) : QString();
     QString stem = name.left(name.size() - ext.size());
-    while (!stem.isEmpty() && (stem + ext).toUtf8().size() > kMaxNameBytes) {
+    while (!stem.isEmpty() && (stem + mark + ext).toUtf8().size() > kMaxNameBytes) {
         stem.chop(1);
         if (!stem.isEmpty() && stem.back().isHighSurrogate())
             stem.chop(1);
     }
-    return stem + ext;
+    return stem + mark + ext;
 }
 } // namespace
 
@@ -51,4 +50,9 @@ QString SafeFileName::component(const QString& name)
     clean.replace(QChar('/'), QChar('_'));
     clean.replace(QChar(0), QChar('_'));
     return fitBytes(clean);
+}
+
+QString SafeFileName::numbered(const QString& safeName, int number)
+{
+    return fitBytes(safeName, QStringLiteral(" (%1)").arg(number));
 }

@@ -3,6 +3,8 @@
 #   tools/fuzz.sh [SECONDS_PER_TARGET]   (default 60)
 # Inputs that crash land in build-fuzz/findings/<target>/; turn each into a
 # regression test before fixing it.
+# Each target starts from tests/fuzz/seeds/<target>/, which the image builders
+# write: build/tests/make_fuzz_seeds tests/fuzz/seeds
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/deps.sh
@@ -30,6 +32,7 @@ for target in build-fuzz/fuzz_*; do
     echo "  FINDING: see $findings and build-fuzz/$name.log"
     status=1
   fi
+  grep -ho "Done [0-9]* runs in [0-9]* second(s)" "build-fuzz/$name.log" | sed 's/^/  /' || true
 done
 [ "$ran" -gt 0 ] || { echo "no fuzz targets were built" >&2; exit 1; }
 exit $status
