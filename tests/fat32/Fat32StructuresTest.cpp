@@ -23,36 +23,6 @@ QByteArray bootWith(quint8 spc, quint16 reserved, quint8 fats, quint32 fatSector
 }
 } // namespace
 
-TEST(Fat32BootSector, GeometryFollowsTheBootSector)
-{
-    struct Case {
-        quint8 spc;
-        quint16 reserved;
-        quint8 fats;
-        quint32 fatSectors;
-        quint32 clusterBytes, shift;
-        quint64 fatOffset, dataOffset;
-    };
-    const Case cases[] = {
-        {1, 32, 2, 100, 512, 9, 32 * 512, 32 * 512 + 2 * 100 * 512},
-        {8, 32, 2, 100, 4096, 12, 32 * 512, 32 * 512 + 2 * 100 * 512},
-        {128, 6, 1, 7, 65536, 16, 6 * 512, 6 * 512 + 7 * 512},
-        {64, 1, 0, 1, 32768, 15, 512, 512}, // no FAT at all: data right after the reserved area
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(int(c.spc));
-        const QByteArray s = bootWith(c.spc, c.reserved, c.fats, c.fatSectors);
-        Fat32BootSector g;
-        ASSERT_TRUE(Fat32BootSector::parse(s.constData(), size_t(s.size()), &g));
-        EXPECT_EQ(g.clusterBytes, c.clusterBytes);
-        EXPECT_EQ(g.clusterShift, c.shift);
-        EXPECT_EQ(g.fatOffset, c.fatOffset);
-        EXPECT_EQ(g.fatBytes, quint64(c.fatSectors) * 512);
-        EXPECT_EQ(g.dataOffset, c.dataOffset);
-        EXPECT_EQ(g.rootCluster, 2u);
-    }
-}
-
 TEST(Fat32BootSector, RefusesWhatCannotBeAFat32Volume)
 {
     struct Case {
@@ -115,31 +85,6 @@ TEST(Fat32Table, ChainsEndWhereTheFatSays)
     for (const Case& c : cases)
         EXPECT_EQ(fat.chain(c.start), c.chain) << c.start;
     EXPECT_EQ(fat.chain(11).size(), 16) << "a loop ends at the table's length";
-}
-
-TEST(Fat32Table, ClearedChainsContinueOverFreeClusters)
-{
-    Fat32Table fat(12);
-    quint32* e = reinterpret_cast<quint32*>(fat.bytes());
-    e[5] = 0x0FFFFFFF; // in use
-    e[6] = 0x0FFFFFFF;
-    struct Case {
-        QList<uint> start;
-        quint64 needed;
-        QList<uint> expected;
-    };
-    const Case cases[] = {
-        {{3}, 1, {3}},
-        {{3}, 4, {3, 4, 7, 8}},               // passes the clusters in use
-        {{9}, 5, {9, 10, 11}},                // the table ends first
-        {{}, 3, {}},                          // nothing to continue from
-        {{2, 4}, 2, {2, 4}},
-    };
-    for (const Case& c : cases) {
-        QList<uint> list = c.start;
-        fat.continueOverFree(&list, c.needed);
-        EXPECT_EQ(list, c.expected);
-    }
 }
 
 TEST(Fat32DirEntry, StampsAreTheWallClockAtUtcPlus8)

@@ -1,6 +1,7 @@
 // Scans of built NTFS volumes: what is listed, where it is filed, and what a
 // restore writes.
 #include "ScanHarness.h"
+#include "fixtures/CliRunner.h"
 #include "fixtures/DiskImageBuilder.h"
 #include "fixtures/NtfsImageBuilder.h"
 #include "scan/device/ImageDeviceLayer.h"
@@ -24,18 +25,18 @@ NtfsVolumeScan* scannerOn(const QByteArray& disk, quint64 offset = 0)
     return new NtfsVolumeScan(QStringLiteral("vol"), DeviceHandle(std::make_shared<MemorySource>(disk)), offset);
 }
 
-QByteArray pattern(int size, int seed)
-{
-    QByteArray b(size, '\0');
-    for (int i = 0; i < size; ++i)
-        b[i] = char((i * 7 + seed) % 251);
-    return b;
-}
+QByteArray pattern(int size, int seed) { return DiskImageBuilder::pattern(size, seed); }
+QByteArray readFile(const QString& path) { return CliRunner::readFile(path); }
 
-QByteArray readFile(const QString& path)
+// A deleted entry whose content lives in its record.
+Entry residentDeleted(QList<Builder::Name> names, const QByteArray& content, qint64 slot = -1)
 {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
+    Entry e;
+    e.names = std::move(names);
+    e.content = content;
+    e.resident = e.deleted = true;
+    e.slot = slot;
+    return e;
 }
 
 // A volume with one deleted file of each shape, and the contents they should read as.
@@ -73,36 +74,16 @@ struct ShapesVolume {
         b.add(sparse);
         expected["docs/sparse.bin"] = sparse.content;
 
-        Entry linked; // two names: the first one in the record counts
-        linked.names = {{"first.txt", docs}, {"second.txt", Builder::kRoot}};
-        linked.content = pattern(50, 5);
-        linked.resident = true;
-        linked.deleted = true;
-        b.add(linked);
-        expected["docs/first.txt"] = linked.content;
-
-        Entry dosOnly; // counted, but without a long name it is filed nowhere
-        dosOnly.names = {{"DOSONLY.TXT", docs, Builder::kDos}};
-        dosOnly.content = pattern(30, 6);
-        dosOnly.resident = true;
-        dosOnly.deleted = true;
-        b.add(dosOnly);
-
-        Entry both;
-        both.names = {{"Both Names.txt", Builder::kRoot, Builder::kWin32AndDos}};
-        both.content = pattern(40, 7);
-        both.resident = true;
-        both.deleted = true;
-        b.add(both);
-        expected["Both Names.txt"] = both.content;
-
-        Entry unsafe; // names no Linux folder can hold as they are
-        unsafe.names = {{"..", docs}};
-        unsafe.content = pattern(10, 8);
-        unsafe.resident = true;
-        unsafe.deleted = true;
-        b.add(unsafe);
-        expected["docs/.."] = unsafe.content;
+        // Two names: the first one in the record counts.
+        b.add(residentDeleted({{"first.txt", docs}, {"second.txt", Builder::kRoot}}, pattern(50, 5)));
+        expected["docs/first.txt"] = pattern(50, 5);
+        // Counted, but without a long name it is filed nowhere.
+        b.add(residentDeleted({{"DOSONLY.TXT", docs, Builder::kDos}}, pattern(30, 6)));
+        b.add(residentDeleted({{"Both Names.txt", Builder::kRoot, Builder::kWin32AndDos}}, pattern(40, 7)));
+        expected["Both Names.txt"] = pattern(40, 7);
+        // A name no Linux folder can hold as it is.
+        b.add(residentDeleted({{"..", docs}}, pattern(10, 8)));
+        expected["docs/.."] = pattern(10, 8);
         image = b.build();
     }
 };
@@ -190,13 +171,7 @@ TEST(NtfsVolumeScan, FilterTakesNameEndingsCaseSensitively)
 TEST(NtfsVolumeScan, FilesWithoutAChainToTheRootAreOrphaned)
 {
     Builder b(Builder::Geometry(), 640);
-    Entry early; // its directory's record stands behind it: not met yet
-    early.names = {{"early.txt", 17}};
-    early.content = pattern(10, 1);
-    early.resident = true;
-    early.deleted = true;
-    early.slot = 16;
-    b.add(early);
+    b.add(residentDeleted({{"early.txt", 17}}, pattern(10, 1), 16)); // its directory's record stands behind it
     Entry dir;
     dir.names = {{"late dir"}};
     dir.directory = true;
@@ -279,12 +254,8 @@ TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
     late.deleted = true;
     late.slot = 80;
     b.add(late);
-    Entry lateSmall; // resident: its content is read again from where its record was found
-    lateSmall.names = {{"late.txt"}};
-    lateSmall.content = pattern(300, 2);
-    lateSmall.resident = true;
-    lateSmall.deleted = true;
-    lateSmall.slot = 90;
+    // Resident: its content is read again from where its record was found.
+    const Entry lateSmall = residentDeleted({{"late.txt"}}, pattern(300, 2), 90);
     b.add(lateSmall);
     ScanHarness h(scannerOn(b.build()));
     const QList<DataRun*>& runs = h.scan->mftInfo.file->runs;
@@ -306,11 +277,7 @@ TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
 TEST(NtfsVolumeScan, ReachesRecordsBehindTheMftAndStopsAtTheVolumesEnd)
 {
     Builder b;
-    Entry stale; // a record of an earlier MFT, far behind this one's end
-    stale.names = {{"old.txt"}};
-    stale.content = pattern(300, 1);
-    stale.resident = true;
-    stale.deleted = true;
+    Entry stale = residentDeleted({{"old.txt"}}, pattern(300, 1)); // of an earlier MFT, far behind this one's end
     b.putRecordAt(4 * 4096 + 1000 * 1024, b.record(stale, 1000));
     QByteArray volume = b.build();
 

@@ -2,8 +2,6 @@
 #include "app/AppFont.h"
 #include "app/MyButton.h"
 #include "app/MyProxyStyle.h"
-#include "dialogs/DialogAbout.h"
-#include "dialogs/DialogContactUs.h"
 #include "wizard/MainPage.h"
 #include "wizard/MainWidget.h"
 #include "wizard/Step1Page.h"
@@ -16,11 +14,6 @@
 #include <memory>
 
 namespace {
-QImage picture(const char* path)
-{
-    return QPixmap(QLatin1String(path)).toImage();
-}
-
 void send(QObject* target, QEvent::Type type)
 {
     QEvent event(type);
@@ -42,16 +35,12 @@ private slots:
     void init();
     void cleanup();
     void myButtonFiresOnPressWithAnyButton();
-    void myButtonTogglesItsPicture();
-    void pressedButtonSinksByOnePixel();
     void doubleClickOnTitleIsSwallowed();
     void hoverFillsAndCursors_data();
     void hoverFillsAndCursors();
     void dragMovesOnlyWithTheLeftButton();
-    void titleButtonsSitInTheCorner();
     void footerButtonsOpenTheirDialogs_data();
     void footerButtonsOpenTheirDialogs();
-    void dialogsCloseOnEscapeAndLightTheirCloseButton();
     void screenshot();
 
 private:
@@ -103,33 +92,6 @@ void TestShell::myButtonFiresOnPressWithAnyButton()
     QVERIFY(button.toggleFlag);
 }
 
-void TestShell::myButtonTogglesItsPicture()
-{
-    MyButton pause(true);
-    QCOMPARE(pause.currentPixmap(false).toImage(), picture(":./pause1.png"));
-    QTest::mouseClick(&pause, Qt::LeftButton);
-    QCOMPARE(pause.currentPixmap(false).toImage(), picture(":./resume1.png"));
-    QCOMPARE(pause.currentPixmap(true).toImage(), picture(":./resume1.png"));
-    pause.toggleFlag = true; // as a new scan sets it
-    QCOMPARE(pause.currentPixmap(true).toImage(), picture(":./pause1.png"));
-
-    MyButton stop(false);
-    QTest::mouseClick(&stop, Qt::LeftButton);
-    QVERIFY(!stop.toggleFlag);
-    QCOMPARE(stop.currentPixmap(false).toImage(), picture(":./stop1.png"));
-}
-
-void TestShell::pressedButtonSinksByOnePixel()
-{
-    MyButton stop(false);
-    stop.resize(24, 24);
-    const QImage up = stop.grab().toImage();
-    stop.setDown(true);
-    const QImage down = stop.grab().toImage();
-    QVERIFY(up != down);
-    QCOMPARE(down.pixel(12, 12), up.pixel(11, 11));
-}
-
 void TestShell::doubleClickOnTitleIsSwallowed()
 {
     QWidget* label = window->titleLabel();
@@ -151,7 +113,6 @@ void TestShell::hoverFillsAndCursors_data()
     QTest::addColumn<QColor>("fill"); // invalid: no fill
     QTest::addColumn<bool>("hand");
     QTest::newRow("minimise") << "最小化" << QColor(66, 138, 221) << false;
-    QTest::newRow("maximise") << "最大化" << QColor(66, 138, 221) << false;
     QTest::newRow("close") << "关闭" << QColor(216, 70, 71) << false;
     QTest::newRow("step 1 next") << "step1.next" << QColor(166, 244, 255) << true;
     QTest::newRow("mode button") << "pushButtonPartitionRecovery" << QColor() << true;
@@ -209,21 +170,6 @@ void TestShell::dragMovesOnlyWithTheLeftButton()
     QCOMPARE(window->pos(), start + QPoint(50, 20));
 }
 
-void TestShell::titleButtonsSitInTheCorner()
-{
-    QVERIFY(window->windowFlags().testFlag(Qt::FramelessWindowHint));
-    const QStringList tips{QStringLiteral("最小化"), QStringLiteral("最大化"), QStringLiteral("关闭")};
-    for (int i = 0; i < tips.size(); ++i) {
-        QToolButton* button = titleButton(tips[i]);
-        QVERIFY(button);
-        QCOMPARE(button->geometry(), QRect(884 - 30 * (3 - i), 0, 30, 33));
-    }
-    QTest::mouseClick(titleButton(tips[1]), Qt::LeftButton);
-    QCOMPARE(window->size(), QSize(884, 667));
-    QTest::mouseClick(titleButton(tips[2]), Qt::LeftButton);
-    QVERIFY(!window->isVisible());
-}
-
 void TestShell::footerButtonsOpenTheirDialogs_data()
 {
     QTest::addColumn<QString>("button");
@@ -240,29 +186,6 @@ void TestShell::footerButtonsOpenTheirDialogs()
     QTest::mouseClick(window->findChild<QWidget*>(button), Qt::LeftButton);
     QVERIFY(answer.answered());
     QCOMPARE(answer.className(), dialog);
-}
-
-void TestShell::dialogsCloseOnEscapeAndLightTheirCloseButton()
-{
-    DialogAbout about(window.get());
-    DialogContactUs contact(window.get());
-    for (FramelessDialog* dialog : {static_cast<FramelessDialog*>(&about), static_cast<FramelessDialog*>(&contact)}) {
-        QVERIFY(dialog->windowFlags().testFlag(Qt::FramelessWindowHint));
-        dialog->show();
-        QVERIFY(QTest::qWaitForWindowExposed(dialog));
-        QCOMPARE(dialog->closeToolButton->geometry().right() + 1, dialog->width() - 3);
-        send(dialog->closeToolButton, QEvent::Enter);
-        QCOMPARE(dialog->closeToolButton->palette().color(QPalette::Button), QColor(216, 70, 71));
-        send(dialog->closeToolButton, QEvent::Leave);
-        QVERIFY(dialog->closeToolButton->styleSheet().contains(QLatin1String("transparent")));
-        QTest::keyClick(dialog, Qt::Key_Escape);
-        QVERIFY(!dialog->isVisible());
-    }
-    contact.show();
-    send(contact.pushButtonQQ, QEvent::Enter);
-    QCOMPARE(contact.pushButtonQQ->cursor().shape(), Qt::PointingHandCursor);
-    QTest::mouseClick(contact.pushButtonQQ, Qt::LeftButton); // no script host here: nothing happens
-    QVERIFY(contact.isVisible());
 }
 
 // OSTREL_SCREENSHOT=path saves the main page as rendered here.

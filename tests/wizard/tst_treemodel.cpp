@@ -40,8 +40,6 @@ private slots:
     void displayCountsDirectEntries_data();
     void displayCountsDirectEntries();
     void indexesFollowTheTree();
-    void invalidIndexAndUnknownRoleGiveNothing();
-    void flagsAllowCheckingOnly();
     void filesRoleCarriesTheRecords();
     void expandedSwitchesTheIcon();
     void uncheckingRootClearsEverything();
@@ -121,21 +119,6 @@ void TestTreeModel::indexesFollowTheTree()
     QVERIFY(!model->index(2, 0, root).isValid());
     QVERIFY(!model->index(0, 1, root).isValid());
     QCOMPARE(model->rowCount(root.siblingAtColumn(0)), 2);
-}
-
-void TestTreeModel::invalidIndexAndUnknownRoleGiveNothing()
-{
-    QVERIFY(!model->data(QModelIndex()).isValid());
-    QVERIFY(!model->data(indexOf(tree->docs), Qt::ToolTipRole).isValid());
-    QVERIFY(!model->setData(QModelIndex(), Qt::Unchecked, Qt::CheckStateRole));
-    QVERIFY(model->setData(indexOf(tree->docs), QStringLiteral("x"), Qt::EditRole));
-    QCOMPARE(tree->docs->name, QStringLiteral("docs"));
-}
-
-void TestTreeModel::flagsAllowCheckingOnly()
-{
-    QCOMPARE(int(model->flags(indexOf(tree->docs))), 0x71);
-    QCOMPARE(int(model->flags(QModelIndex())), 0);
 }
 
 void TestTreeModel::filesRoleCarriesTheRecords()

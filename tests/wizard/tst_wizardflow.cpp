@@ -9,7 +9,9 @@
 #include "wizard/Step3Page.h"
 #include "wizard/Step4Page.h"
 
+#include <QCheckBox>
 #include <QLabel>
+#include <QRadioButton>
 #include <QTreeView>
 #include <QTreeWidget>
 #include <QtTest>
@@ -28,8 +30,6 @@ private slots:
     void fileRecoveryWalksAllFourSteps();
     void nextRefusesWithoutAFittingRow_data();
     void nextRefusesWithoutAFittingRow();
-    void modesWithoutOptionsGoStraightToStep3_data();
-    void modesWithoutOptionsGoStraightToStep3();
     void step3PrevFollowsTheLastMode();
     void modeButtonResetsTheValuesNotThePages();
     void customTypesBuildTheFilter();
@@ -215,32 +215,6 @@ void TestWizardFlow::nextRefusesWithoutAFittingRow()
     QCOMPARE(window->wizardState().partitionNumber, -1);
 }
 
-void TestWizardFlow::modesWithoutOptionsGoStraightToStep3_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("row");
-    QTest::newRow("format, partition C") << 2 << 1;
-    QTest::newRow("partition, the disk") << 3 << 0;
-}
-
-void TestWizardFlow::modesWithoutOptionsGoStraightToStep3()
-{
-    QFETCH(int, mode);
-    QFETCH(int, row);
-    enterMode(mode);
-    clickRow(row);
-    click(window->step1()->nextButton);
-    QVERIFY(!window->step2());
-    QVERIFY(window->step3()->isVisible());
-    if (mode == 3) {
-        QCOMPARE(window->wizardState().diskName, QStringLiteral("ATA Disk"));
-        QCOMPARE(window->wizardState().driveLetter, '@');
-    }
-    waitForScan();
-    click(window->step3()->prevButton);
-    QVERIFY(window->step1()->isVisible() && !window->step3()->isVisible());
-}
-
 // Prev of Step 3 is rewired on every entry: exactly one way back, the mode's.
 void TestWizardFlow::step3PrevFollowsTheLastMode()
 {
@@ -284,26 +258,27 @@ void TestWizardFlow::modeButtonResetsTheValuesNotThePages()
     QCOMPARE(clickExpectingMessage(step1->nextButton), QStringLiteral("请选择分区"));
 }
 
+// The page's own buttons: custom types, select none, then single rows ticked.
 void TestWizardFlow::customTypesBuildTheFilter()
 {
     enterMode(1);
     clickRow(1);
     click(window->step1()->nextButton);
-    QTreeWidget* types = window->step2()->treeStep2;
-    for (int i = 0; i < types->topLevelItemCount(); ++i) {
-        for (int j = 0; j < types->topLevelItem(i)->childCount(); ++j)
-            types->topLevelItem(i)->child(j)->setCheckState(0, Qt::Unchecked);
-    }
-    QVERIFY(QMetaObject::invokeMethod(window.get(), "fileTypeClicked", Q_ARG(int, 4)));
+    Step2Page* page = window->step2();
+    page->customTypes->click();
+    QVERIFY(page->treeStep2->isEnabled());
     QCOMPARE(window->wizardState().fileFilter, QString());
-    click(window->step2()->nextButton);
+    page->selectNone->click();
+    click(page->nextButton);
     QCOMPARE(window->wizardState().fileFilter, QString()); // nothing ticked: empty, not "*"
 
     waitForScan();
     click(window->step3()->prevButton);
+    QTreeWidget* types = page->treeStep2;
     types->topLevelItem(2)->child(9)->setCheckState(0, Qt::Checked); // Apple 声音文件
+    QCOMPARE(types->topLevelItem(2)->checkState(0), Qt::PartiallyChecked);
     types->topLevelItem(0)->child(0)->setCheckState(0, Qt::Checked); // Word 2007
-    click(window->step2()->nextButton);
+    click(page->nextButton);
     QCOMPARE(window->wizardState().fileFilter, QStringLiteral(".docx;.m4r;.m4a"));
 }
 
