@@ -141,8 +141,9 @@ TEST_F(CliDemo, FormatRecoveryAlsoCarvesThePicturesInFreeSpace)
         const QJsonObject doc = json({"restore", "--mode", "format", "--to", target.path(), demo + "@" + QString::number(part)});
         const QMap<QString, QByteArray> got = restored(target.path(), doc["root"].toString());
         for (const DemoDisk::File& f : DemoDisk::files()) {
-            if (f.volume == volume && f.fate == DemoDisk::FreeSpace)
+            if (f.volume == volume && f.fate == DemoDisk::FreeSpace) {
                 EXPECT_TRUE(carvedFound(got, f.content)) << f.path.toStdString();
+            }
         }
         const QMap<QString, QByteArray> metadata = expectedFiles(volume, QString());
         for (auto it = metadata.begin(); it != metadata.end(); ++it)
