@@ -727,8 +727,6 @@ void MainWidget::scanDone(quint64 results, quint64)
     state.scanFinished = true;
     step3Page->scanProgressBar->setValue(100);
     step3Page->nextButton->setEnabled(true);
-    // The thread has done its work, so leaving the page backwards is safe too.
-    step3Page->prevButton->setEnabled(true);
     step3Page->remainingLabel->setText(QStringLiteral("00:00:00"));
     refreshTree();
     showMessage(tr("扫描完成！\n如果您对扫描结果不满意，可以尝试使用另外两种恢复模式。"));

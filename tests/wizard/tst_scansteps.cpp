@@ -262,6 +262,7 @@ void TestScanSteps::pauseResumeAndStop()
     waitForMessage(kScanDone);
     QCOMPARE(messages->texts.count(kScanDone), 1);
     QVERIFY(page->nextButton->isEnabled());
+    QVERIFY(!page->prevButton->isEnabled()); // Step 3 is left by Next once a scan ran
     QCOMPARE(page->scanProgressBar->value(), 100);
     QCOMPARE(page->remainingLabel->text(), QStringLiteral("00:00:00"));
 }
