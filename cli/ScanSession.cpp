@@ -16,13 +16,9 @@ constexpr int kTickMsecs = 200;
 }
 
 ScanSession::ScanSession(PartScan* scanner, const QString& rootName, bool fat32Root)
-    : m_scanner(scanner), m_top(new FolderNode), m_root(new FolderNode)
+    : m_nodes(rootName, !fat32Root), m_scanner(scanner)
 {
-    m_root->name = rootName;
-    m_root->parent = m_top;
-    m_root->ntfs = !fat32Root;
-    m_top->children.append(m_root);
-    m_scanner->rootFolder = m_root;
+    m_scanner->rootFolder = m_nodes.root;
     connect(m_scanner, &PartScan::scanBegin, this, [this](int total) {
         m_progressTotal = total;
         emit progress();
@@ -50,8 +46,6 @@ ScanSession::~ScanSession()
 {
     // The scanner owns the visible root and everything below it.
     delete m_scanner;
-    m_top->children.clear();
-    delete m_top;
 }
 
 void ScanSession::setOptions(const QString& fileFilter, bool doExtra)

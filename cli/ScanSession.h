@@ -1,5 +1,7 @@
 #pragma once
 #include <QObject>
+#include "results/ScanRoot.h"
+
 #include <QString>
 
 struct FolderNode;
@@ -26,7 +28,7 @@ public:
     void restore(const QString& dir, bool keepBoth = false);
     void stop();
 
-    FolderNode* root() const { return m_root; }
+    FolderNode* root() const { return m_nodes.root; }
     quint64 results() const { return m_results; }
     quint64 totalSize() const { return m_totalSize; }
     quint64 restoredFiles() const { return m_restoredFiles; }
@@ -41,9 +43,8 @@ signals:
 
 private:
     void runThread();
+    ScanRoot m_nodes; // declared before the scanner, so it is freed after it
     PartScan* m_scanner;
-    FolderNode* m_top;
-    FolderNode* m_root;
     quint64 m_results = 0;
     quint64 m_totalSize = 0;
     quint64 m_restoredFiles = 0;

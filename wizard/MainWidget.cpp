@@ -25,7 +25,7 @@
 #include "wizard/IconListRows.h"
 #include "wizard/RowRef.h"
 #include "wizard/ScanClock.h"
-#include "wizard/ScanRoot.h"
+#include "results/ScanRoot.h"
 #include "wizard/SelectionSums.h"
 #include "app/AppFont.h"
 

@@ -1,4 +1,4 @@
-#include "wizard/ScanRoot.h"
+#include "results/ScanRoot.h"
 #include "results/FolderNode.h"
 
 ScanRoot::ScanRoot(const QString& name, bool ntfs) : top(new FolderNode), root(new FolderNode)
