@@ -7,7 +7,7 @@
 #include "results/CheckStates.h"
 #include "results/FolderNode.h"
 #include "scan/PartScan.h"
-#include "scan/ScannerFactory.h"
+#include "volumes/VolumeOpener.h"
 #include "scan/device/CombinedDeviceLayer.h"
 #include "scan/device/Console.h"
 #include "scan/device/DeviceLayer.h"
@@ -222,22 +222,12 @@ Failure scanOptions(const QCommandLineParser& parser, ScanOptions* o)
 
 std::unique_ptr<ScanSession> makeSession(const Target& t, const ScanOptions& o, Failure* f)
 {
-    PartScan* scanner = nullptr;
-    QString rootName;
-    bool fat32 = false;
-    if (t.wholeDisk) {
-        scanner = ScannerFactory::forDisk(t.disk);
-        rootName = t.diskName;
-    } else {
-        scanner = ScannerFactory::forVolume(t.letter);
-        if (!scanner) {
-            *f = {CliApp::Unrecognised, QString::fromUtf8(kUnrecognised)};
-            return nullptr;
-        }
-        rootName = scanner->deviceName;
-        fat32 = ScannerFactory::kindForType(DeviceLayer::instance().partitionTypeOfLetter(t.letter)) == QLatin1String("fat32");
+    const OpenedSource opened = t.wholeDisk ? VolumeOpener::openDisk(t.disk) : VolumeOpener::openLetter(t.letter);
+    if (!opened.scanner) {
+        *f = {CliApp::Unrecognised, opened.problem};
+        return nullptr;
     }
-    auto session = std::make_unique<ScanSession>(scanner, rootName, fat32);
+    auto session = std::make_unique<ScanSession>(opened.scanner, t.wholeDisk ? t.diskName : opened.rootName, !opened.ntfsTree);
     session->setOptions(o.fileFilter, o.doExtra);
     return session;
 }

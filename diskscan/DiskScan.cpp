@@ -1,10 +1,10 @@
 #include "diskscan/DiskScan.h"
 #include "diskscan/BootSectorProbe.h"
-#include "fat32/Fat32VolumeScan.h"
-#include "ntfs/NtfsVolumeScan.h"
 #include "results/FolderNode.h"
 #include "scan/CheckedMath.h"
+#include "scan/VolumeScan.h"
 #include "scan/device/DeviceLayer.h"
+#include "volumes/VolumeOpener.h"
 
 #include <QDateTime>
 #include <QDebug>
@@ -186,6 +186,7 @@ bool DiskScan::testSectors(const uchar* data, quint64 bytes, quint64 position, i
 quint64 DiskScan::onHit(int kind, quint64 offset, quint64 totalSectors, int* partitionNumber)
 {
     const bool ntfs = kind == BootSectorProbe::Ntfs;
+    const VolumeOpener::FileSystem* fs = VolumeOpener::byKind(ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
     const quint64 length = checked::mulSat(totalSectors, kSector);
     const quint64 next = checked::addSat(checked::addSat(offset, length), kResumeBehindVolume);
     emit diskScanBegin(*partitionNumber, ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
@@ -194,21 +195,19 @@ quint64 DiskScan::onHit(int kind, quint64 offset, quint64 totalSectors, int* par
     // A stray boot sector (the backup of a lost volume, a copy inside an
     // image file, garbage behind the text) gets no scanner, so its fatal
     // message can't end the search; the walk goes on behind the sector.
-    if (!(ntfs ? NtfsVolumeScan::canOpen(diskHandle, offset) : Fat32VolumeScan::canOpen(diskHandle, offset))) {
+    if (!fs->canOpen(diskHandle, offset)) {
         qDebug("offset=%llX: boot sector does not open, passed over", static_cast<unsigned long long>(offset));
         emit diskScanEnd();
         return offset + kSector;
     }
     const QString name = QStringLiteral("%1 %2").arg(*partitionNumber).arg(ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
-    PartScan* scanner = ntfs ? static_cast<PartScan*>(new NtfsVolumeScan(name, diskHandle, offset))
-                             : static_cast<PartScan*>(new Fat32VolumeScan(name, diskHandle, offset));
-    scanPartition(scanner, name, *partitionNumber);
+    scanPartition(fs->make(name, diskHandle, offset), name, *partitionNumber, fs->ntfsTree);
     emit diskScanEnd();
     ++*partitionNumber;
     return next;
 }
 
-void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number)
+void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number, bool ntfsTree)
 {
     scanner->moveToThread(thread()); // it outlives this run; it lives beside this object
     scanner->handleLock = &m_diskLock;
@@ -220,10 +219,7 @@ void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number)
     connect(scanner, &PartScan::scanDone, this, &DiskScan::scanDoneSlot, Qt::DirectConnection);
     connect(scanner, &PartScan::scanOne, this, &PartScan::scanOne);
     connect(scanner, &PartScan::undeleteOne, this, &PartScan::undeleteOne);
-    FolderNode* folder = rootFolder->addChild(name, number, scanner->inherits("NtfsVolumeScan"));
-    scanner->rootFolder = folder;
-    if (scanner->inherits("NtfsVolumeScan"))
-        qDebug() << "NAME=" << name;
+    scanner->rootFolder = rootFolder->addChild(name, number, ntfsTree);
     setCurrent(scanner);
     if (!stopRequested()) {
         scanner->start(QThread::InheritPriority);

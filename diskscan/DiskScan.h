@@ -43,7 +43,7 @@ private:
     bool testSectors(const uchar* data, quint64 bytes, quint64 position, int* partitionNumber, quint64* next);
     bool stopRequested();
     quint64 onHit(int kind, quint64 offset, quint64 totalSectors, int* partitionNumber);
-    void scanPartition(PartScan* scanner, const QString& name, int number);
+    void scanPartition(PartScan* scanner, const QString& name, int number, bool ntfsTree);
     void setCurrent(PartScan* scanner);
 
     int m_disk = -1;

@@ -4,7 +4,7 @@
 #include "fixtures/CliRunner.h"
 #include "fixtures/SmallVolumes.h"
 #include "scan/RestoreWalk.h"
-#include "scan/ScannerFactory.h"
+#include "volumes/VolumeOpener.h"
 #include "scan/device/DeviceLayer.h"
 #include "scan/device/FileSource.h"
 #include "scan/device/ImageDeviceLayer.h"
@@ -177,8 +177,8 @@ TEST(RestoreSafety, SourceIsOnlyOpenedForReading)
             const int disk = layer.addImageFile(image, &error);
             ASSERT_GE(disk, 0);
             FolderNode top;
-            std::unique_ptr<PartScan> scan(whole ? ScannerFactory::forDisk(disk)
-                                                 : ScannerFactory::forVolume(layer.lettersOfDisk(disk).value(0)));
+            std::unique_ptr<PartScan> scan(whole ? VolumeOpener::openDisk(disk).scanner
+                                                 : VolumeOpener::openLetter(layer.lettersOfDisk(disk).value(0)).scanner);
             ASSERT_TRUE(scan);
             scan->rootFolder = whole ? new FolderNode : top.addChild(QStringLiteral("E"), 0, true);
             scan->start();

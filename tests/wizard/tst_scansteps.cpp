@@ -75,12 +75,11 @@ struct SmallDisk {
     }
 };
 
-// A disk whose only partition has a FAT32 boot sector under a type no scanner takes.
+// A disk whose only partition is typed NTFS but holds no boot sector of any file system.
 QByteArray unknownTypeDisk()
 {
     DiskImageBuilder disk(4 * 1024 * 1024);
-    disk.writeMbr({{0x01, 2048, 4096}});
-    disk.put(2048 * 512, DiskImageBuilder::fat32BootSector(4096));
+    disk.writeMbr({{0x07, 2048, 4096}});
     return disk.bytes();
 }
 
@@ -133,7 +132,7 @@ private:
 void TestScanSteps::initTestCase()
 {
     layer.addImageData(QStringLiteral("demo.img"), demo.bytes);          // disk 0: C (NTFS), D (FAT32)
-    layer.addImageData(QStringLiteral("other.img"), unknownTypeDisk());  // disk 1: E, type 0x01
+    layer.addImageData(QStringLiteral("other.img"), unknownTypeDisk());  // disk 1: E, typed NTFS, blank
     DeviceLayer::setInstance(&layer);
     QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openedUrl");
 }

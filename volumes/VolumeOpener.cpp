@@ -1,0 +1,91 @@
+#include "volumes/VolumeOpener.h"
+#include "diskscan/DiskScan.h"
+#include "fat32/Fat32BootSector.h"
+#include "fat32/Fat32VolumeScan.h"
+#include "ntfs/NtfsGeometry.h"
+#include "ntfs/NtfsVolumeScan.h"
+#include "scan/device/DeviceLayer.h"
+
+namespace {
+// Boot sectors are read and told apart as one block of this size, whatever the sector size.
+constexpr quint64 kBootSectorBytes = 512;
+
+const QList<VolumeOpener::FileSystem> kFileSystems = {
+    {"NTFS", true,
+     [](const uchar* sector) {
+         NtfsGeometry g;
+         bool signature = false;
+         return NtfsGeometry::parse(sector, kBootSectorBytes, &g, &signature);
+     },
+     NtfsVolumeScan::canOpen,
+     [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {
+         return new NtfsVolumeScan(name, std::move(handle), offset);
+     }},
+    {"FAT32", false,
+     [](const uchar* sector) {
+         Fat32BootSector boot;
+         return Fat32BootSector::parse(sector, kBootSectorBytes, &boot);
+     },
+     Fat32VolumeScan::canOpen,
+     [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {
+         return new Fat32VolumeScan(name, std::move(handle), offset);
+     }},
+};
+
+const char kUnrecognised[] = "无法识别的文件系统。";
+} // namespace
+
+const QList<VolumeOpener::FileSystem>& VolumeOpener::fileSystems()
+{
+    return kFileSystems;
+}
+
+const VolumeOpener::FileSystem* VolumeOpener::recognise(const DeviceHandle& handle, quint64 offset)
+{
+    uchar sector[kBootSectorBytes];
+    if (handle.read(sector, kBootSectorBytes, offset) != qint64(kBootSectorBytes))
+        return nullptr;
+    for (const FileSystem& fs : kFileSystems) {
+        if (fs.recognises(sector))
+            return &fs;
+    }
+    return nullptr;
+}
+
+const VolumeOpener::FileSystem* VolumeOpener::byKind(const QString& kind)
+{
+    for (const FileSystem& fs : kFileSystems) {
+        if (kind == QLatin1String(fs.kind))
+            return &fs;
+    }
+    return nullptr;
+}
+
+OpenedSource VolumeOpener::openLetter(QChar letter)
+{
+    int error = 0;
+    DeviceHandle handle = DeviceLayer::instance().openVolume(letter, &error);
+    if (!handle.isValid())
+        qFatal("%s: CreateFileW return: %lu", "PartScan::openVolume", static_cast<unsigned long>(error));
+    OpenedSource opened;
+    const FileSystem* fs = recognise(handle, 0);
+    if (!fs) {
+        opened.problem = QString::fromUtf8(kUnrecognised);
+        return opened;
+    }
+    // A one-letter name is how the scanner knows the volume is mounted and may hold live files.
+    opened.scanner = fs->make(QString(letter), std::move(handle), 0);
+    opened.kind = QLatin1String(fs->kind);
+    opened.rootName = QString(letter);
+    opened.ntfsTree = fs->ntfsTree;
+    return opened;
+}
+
+OpenedSource VolumeOpener::openDisk(int disk)
+{
+    OpenedSource opened;
+    opened.scanner = new DiskScan(disk);
+    opened.kind = QStringLiteral("disk");
+    opened.ntfsTree = true;
+    return opened;
+}
