@@ -234,7 +234,7 @@ TEST(NtfsVolumeScan, ReadsEveryGeometry)
         b.addFile("small.txt", pattern(90, 2), dir);
         b.addFile("alive.txt", pattern(90, 3), dir, false);
         ScanHarness h(scannerOn(b.build()));
-        EXPECT_EQ(h.scan->geometry.clusterBytes, c.geometry.clusterBytes);
+        EXPECT_EQ(h.scan->volume.geometry.clusterBytes, c.geometry.clusterBytes);
         h.run();
         const auto files = h.files();
         EXPECT_EQ(files.keys(), QStringList({"gone/big.bin", "gone/small.txt"}));
@@ -260,7 +260,7 @@ TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
     const Entry lateSmall = residentDeleted({{"late.txt"}}, pattern(300, 2), 90);
     b.add(lateSmall);
     ScanHarness h(scannerOn(b.build()));
-    const QList<DataRun*>& runs = h.scan->mftInfo.file->runs;
+    const QList<DataRun*>& runs = h.scan->volume.mft->runs;
     ASSERT_EQ(runs.size(), 3);
     const quint64 lcns[] = {4, 600, 1200};
     for (int i = 0; i < 3; ++i) {
@@ -268,7 +268,7 @@ TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
         EXPECT_EQ(runs[i]->length, 128u);
         EXPECT_EQ(runs[i]->lcn, lcns[i]);
     }
-    EXPECT_EQ(h.scan->mftInfo.file->size, 96u * 1024);
+    EXPECT_EQ(h.scan->volume.mft->size, 96u * 1024);
     h.run();
     ASSERT_TRUE(h.files().contains("late.bin"));
     EXPECT_TRUE(h.content(h.files()["late.bin"]) == late.content);
