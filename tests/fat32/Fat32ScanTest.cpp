@@ -1,6 +1,6 @@
 #include "ScannedVolume.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/Fat32ImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -2,8 +2,8 @@
 // restore writes.
 #include "ScanHarness.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/DiskImageBuilder.h"
-#include "fixtures/NtfsImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
+#include "imaging/NtfsImageBuilder.h"
 #include "scan/device/ImageDeviceLayer.h"
 #include "scan/device/MemorySource.h"
 
