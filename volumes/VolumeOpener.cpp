@@ -1,5 +1,6 @@
 #include "volumes/VolumeOpener.h"
 #include "diskscan/DiskScan.h"
+#include "exfat/ExfatVolumeScan.h"
 #include "fat32/Fat32BootSector.h"
 #include "fat32/Fat32VolumeScan.h"
 #include "ntfs/NtfsGeometry.h"
@@ -10,21 +11,39 @@ namespace {
 // Boot sectors are read and told apart as one block of this size, whatever the sector size.
 constexpr quint64 kBootSectorBytes = 512;
 
+// Reads the boot sector at offset and hands it to parse.
+template <typename Parse>
+bool bootSectorParses(const DeviceHandle& handle, quint64 offset, Parse parse)
+{
+    uchar sector[kBootSectorBytes];
+    return handle.read(sector, kBootSectorBytes, offset) == qint64(kBootSectorBytes) && parse(sector);
+}
+
+// exFAT comes first: its boot sector is told by its own name and checksum, and
+// it may also have a backup boot region where the main one is damaged.
 const QList<VolumeOpener::FileSystem> kFileSystems = {
+    {"exFAT", false, ExfatVolumeScan::canOpen, ExfatVolumeScan::canOpen,
+     [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {
+         return new ExfatVolumeScan(name, std::move(handle), offset);
+     }},
     {"NTFS", true,
-     [](const uchar* sector) {
-         NtfsGeometry g;
-         bool signature = false;
-         return NtfsGeometry::parse(sector, kBootSectorBytes, &g, &signature);
+     [](const DeviceHandle& handle, quint64 offset) {
+         return bootSectorParses(handle, offset, [](const uchar* sector) {
+             NtfsGeometry g;
+             bool signature = false;
+             return NtfsGeometry::parse(sector, kBootSectorBytes, &g, &signature);
+         });
      },
      NtfsVolumeScan::canOpen,
      [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {
          return new NtfsVolumeScan(name, std::move(handle), offset);
      }},
     {"FAT32", false,
-     [](const uchar* sector) {
-         Fat32BootSector boot;
-         return Fat32BootSector::parse(sector, kBootSectorBytes, &boot);
+     [](const DeviceHandle& handle, quint64 offset) {
+         return bootSectorParses(handle, offset, [](const uchar* sector) {
+             Fat32BootSector boot;
+             return Fat32BootSector::parse(sector, kBootSectorBytes, &boot);
+         });
      },
      Fat32VolumeScan::canOpen,
      [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {
@@ -42,11 +61,8 @@ const QList<VolumeOpener::FileSystem>& VolumeOpener::fileSystems()
 
 const VolumeOpener::FileSystem* VolumeOpener::recognise(const DeviceHandle& handle, quint64 offset)
 {
-    uchar sector[kBootSectorBytes];
-    if (handle.read(sector, kBootSectorBytes, offset) != qint64(kBootSectorBytes))
-        return nullptr;
     for (const FileSystem& fs : kFileSystems) {
-        if (fs.recognises(sector))
+        if (fs.recognises(handle, offset))
             return &fs;
     }
     return nullptr;

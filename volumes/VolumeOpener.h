@@ -24,10 +24,10 @@ struct OpenedSource {
 class VolumeOpener {
 public:
     struct FileSystem {
-        const char* kind;  // "NTFS", "FAT32": shown in folder names and messages
+        const char* kind;  // "exFAT", "NTFS", "FAT32": shown in folder names and messages
         bool ntfsTree;     // FolderNode::ntfs of its folders
-        // The boot sector (512 bytes) is this file system's: signature and geometry.
-        bool (*recognises)(const uchar* bootSector);
+        // The boot sector at offset is this file system's: signature and geometry.
+        bool (*recognises)(const DeviceHandle& handle, quint64 offset);
         // A scanner opens on it (the structures behind the boot sector are
         // readable too): a stray or damaged boot sector gets no scanner.
         bool (*canOpen)(const DeviceHandle& handle, quint64 offset);
