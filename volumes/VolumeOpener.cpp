@@ -1,7 +1,6 @@
 #include "volumes/VolumeOpener.h"
 #include "diskscan/DiskScan.h"
 #include "exfat/ExfatVolumeScan.h"
-#include "fat32/Fat32BootSector.h"
 #include "fat32/Fat32VolumeScan.h"
 #include "ntfs/NtfsGeometry.h"
 #include "ntfs/NtfsVolumeScan.h"
@@ -38,13 +37,8 @@ const QList<VolumeOpener::FileSystem> kFileSystems = {
      [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {
          return new NtfsVolumeScan(name, std::move(handle), offset);
      }},
-    {"FAT32", false,
-     [](const DeviceHandle& handle, quint64 offset) {
-         return bootSectorParses(handle, offset, [](const uchar* sector) {
-             Fat32BootSector boot;
-             return Fat32BootSector::parse(sector, kBootSectorBytes, &boot);
-         });
-     },
+    // FAT12 and FAT16 too: one scanner reads every FAT width.
+    {"FAT32", false, Fat32VolumeScan::canOpen,
      Fat32VolumeScan::canOpen,
      [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {
          return new Fat32VolumeScan(name, std::move(handle), offset);
