@@ -1,7 +1,7 @@
 #include "exfat/ExfatBootSector.h"
 #include "exfat/ExfatDirectory.h"
 #include "exfat/ExfatTimestamp.h"
-#include "fixtures/ExfatImageBuilder.h"
+#include "imaging/ExfatImageBuilder.h"
 
 #include <gtest/gtest.h>
 
