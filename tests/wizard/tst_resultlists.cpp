@@ -70,12 +70,9 @@ class TestResultLists : public QObject {
 private slots:
     void fileListRowsAndSorting();
     void thumbnailsAndFallbacks();
-    void longLoadRule_data();
     void longLoadRule();
     void previewRefusesAbove300MiB();
     void selectionSums();
-    void sizeText_data();
-    void sizeText();
 };
 
 // Texts of the rows, what a row leads back to, and the order after each sort:
@@ -140,28 +137,21 @@ void TestResultLists::thumbnailsAndFallbacks()
         QCOMPARE(seen, 2);
 }
 
-void TestResultLists::longLoadRule_data()
-{
-    QTest::addColumn<int>("files");
-    QTest::addColumn<int>("jpegs");
-    QTest::addColumn<QString>("jpegName");
-    QTest::addColumn<bool>("message");
-    QTest::newRow("20 with 15") << 20 << 15 << "p.jpg" << false;
-    QTest::newRow("20 with 16") << 20 << 16 << "p.jpg" << true;
-    QTest::newRow("19 all") << 19 << 19 << "p.jpg" << false;
-    QTest::newRow("upper case not counted") << 30 << 30 << "P.JPG" << false;
-}
-
+// A long load: 20 or more files, all but at most 4 ending in ".jpg" (lower case).
 void TestResultLists::longLoadRule()
 {
-    QFETCH(int, files);
-    QFETCH(int, jpegs);
-    QFETCH(QString, jpegName);
-    QFETCH(bool, message);
-    FolderNode folder;
-    for (int i = 0; i < files; ++i)
-        addFile(&folder, i < jpegs ? jpegName : QStringLiteral("x.doc"), 10);
-    QCOMPARE(IconListRows::isLongLoad(folder.files), message);
+    struct Case {
+        int files, jpegs;
+        const char* jpegName;
+        bool message;
+    };
+    for (const Case c : {Case{20, 15, "p.jpg", false}, Case{20, 16, "p.jpg", true}, Case{19, 19, "p.jpg", false},
+                         Case{30, 30, "P.JPG", false}}) {
+        FolderNode folder;
+        for (int i = 0; i < c.files; ++i)
+            addFile(&folder, QLatin1String(i < c.jpegs ? c.jpegName : "x.doc"), 10);
+        QCOMPARE(IconListRows::isLongLoad(folder.files), c.message);
+    }
 }
 
 void TestResultLists::previewRefusesAbove300MiB()
@@ -195,26 +185,6 @@ void TestResultLists::selectionSums()
     QCOMPARE(sums.count, 4);
     QCOMPARE(sums.size, 1 + 10 + 20 + (quint64(5) << 30));
     QCOMPARE(SelectionSums::of(nullptr).count, 0);
-}
-
-void TestResultLists::sizeText_data()
-{
-    QTest::addColumn<quint64>("bytes");
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QString>("unit");
-    QTest::newRow("zero") << quint64(0) << "0.00" << "KB";
-    QTest::newRow("1024 KB stays") << quint64(1024 * 1024) << "1024.00" << "KB";
-    QTest::newRow("one byte more") << quint64(1024 * 1024 + 1) << "1.00" << "MB";
-    QTest::newRow("above 4 GiB") << (quint64(9) << 29) << "4.50" << "GB";
-}
-
-void TestResultLists::sizeText()
-{
-    QFETCH(quint64, bytes);
-    QFETCH(QString, value);
-    QFETCH(QString, unit);
-    QCOMPARE(SelectionSums::sizeValue(bytes), value);
-    QCOMPARE(SelectionSums::sizeUnit(bytes), unit);
 }
 
 QTEST_MAIN(TestResultLists)
