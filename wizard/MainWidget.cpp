@@ -672,7 +672,7 @@ void MainWidget::startScan()
         }
         rootName = scanThread->deviceName;
     }
-    scanRoot = std::make_unique<ScanRoot>(rootName, !scanThread->inherits("Fat32VolumeScan"));
+    scanRoot = std::make_unique<ScanRoot>(rootName, !scanThread->inherits("Fat32VolumeScan") && !scanThread->inherits("ExfatVolumeScan"));
     scanThread->rootFolder = scanRoot->root;
     treeModel = new TreeModel(scanRoot->top);
     step3Page->treeStep3->setModel(treeModel);
