@@ -26,11 +26,13 @@ QString TreeReport::isoTime(quint64 msecs)
     return QDateTime::fromMSecsSinceEpoch(qint64(msecs), Qt::UTC).toString(Qt::ISODate);
 }
 
-QString TreeReport::text(const FolderNode* root)
+QString TreeReport::text(const FolderNode* root, const ResultFilter& filter)
 {
     QString out;
     walk(root, [&](const FolderNode* folder, const QString& path) {
         for (const FoundFile* f : folder->files) {
+            if (!filter.matches(*f))
+                continue;
             const QString time = isoTime(f->modifiedMsecs);
             out += QStringLiteral("%1/%2\t%3\t%4\n").arg(path, f->name).arg(f->size).arg(time.isEmpty() ? QStringLiteral("-") : time);
         }
@@ -38,7 +40,7 @@ QString TreeReport::text(const FolderNode* root)
     return out;
 }
 
-QJsonObject TreeReport::json(const FolderNode* root)
+QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)
 {
     QJsonArray files;
     QJsonArray folders;
@@ -46,6 +48,8 @@ QJsonObject TreeReport::json(const FolderNode* root)
         folders.append(QJsonObject{{"path", path}, {"checkState", folder->checkState},
                                    {"files", int(folder->files.size())}});
         for (const FoundFile* f : folder->files) {
+            if (!filter.matches(*f))
+                continue;
             const QString time = isoTime(f->modifiedMsecs);
             files.append(QJsonObject{{"path", path + QLatin1Char('/') + f->name},
                                      {"name", f->name},

@@ -343,7 +343,7 @@ void Fat32VolumeScan::undelete(QString targetDir)
     RestoreWalk::run(rootFolder, targetDir, [this](const QString& folderPath, FoundFile* found) {
         if (auto* file = dynamic_cast<Fat32File*>(found))
             writeFile(folderPath, file);
-    });
+    }, filter);
     emit undeleteDone();
 }
 

@@ -614,7 +614,7 @@ void NtfsVolumeScan::undelete(QString targetDir)
     RestoreWalk::run(rootFolder, targetDir, [this](const QString& folderPath, FoundFile* found) {
         if (auto* file = dynamic_cast<NtfsFile*>(found))
             writeFile(folderPath, file);
-    });
+    }, filter);
     emit undeleteDone();
 }
 
