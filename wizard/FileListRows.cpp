@@ -1,5 +1,6 @@
 #include "wizard/FileListRows.h"
 #include "preview/PreviewDialog.h"
+#include "results/Fat32File.h"
 #include "results/FolderNode.h"
 #include "results/ResultTreeLock.h"
 #include "wizard/RowRef.h"
@@ -31,7 +32,7 @@ public:
         const QVariant b = other.data(column, kSortRole);
         if (a.isValid() && b.isValid())
             return a.toULongLong() < b.toULongLong();
-        return text(column).localeAwareCompare(other.text(column)) < 0;
+        return text(column).compare(other.text(column), Qt::CaseInsensitive) < 0;
     }
 };
 } // namespace
@@ -43,7 +44,7 @@ void FileListRows::fill(QTreeWidget* list, FolderNode* folder, const QMap<QStrin
     list->clear();
     const QString status = statusText(folder);
     for (FoundFile* file : filesOf(folder, filter)) {
-        auto* row = new FileRow(QStringList{file->name, timeText(file->modifiedMsecs, !folder->ntfs),
+        auto* row = new FileRow(QStringList{file->name, timeText(file->modifiedMsecs, dynamic_cast<const Fat32File*>(file) != nullptr),
                                             sizeText(file->size), status});
         for (int column = 0; column < ColumnCount; ++column) {
             QFont font = row->font(column);

@@ -294,6 +294,8 @@ void MainWidget::resizeEvent(QResizeEvent* event)
 
 void MainWidget::placeTitleButtons()
 {
+    if (!closeButton)
+        return;
     QToolButton* buttons[] = {minButton, maxButton, closeButton};
     for (int i = 0; i < 3; ++i)
         buttons[i]->setGeometry(width() - kTitleButtonWidth * (3 - i), 0, kTitleButtonWidth, kTitleButtonHeight);

@@ -160,9 +160,9 @@ private:
     TitleBar* titleBar;
     MainPage* content;
     Footer* footer;
-    QToolButton* minButton;
-    QToolButton* maxButton;
-    QToolButton* closeButton;
+    QToolButton* minButton = nullptr;
+    QToolButton* maxButton = nullptr;
+    QToolButton* closeButton = nullptr;
     QPoint dragOffset;
     bool dragging = false;
 

@@ -46,9 +46,9 @@ TEST(CliFilter, ListsAndRestoresWhatTheFilterLetsThrough)
     small.maxSize = 1024;
     big.minSize = 2048;
     named.name = "*.TXT";
-    dated.afterMsecs = 1;
+    ResultFilter::parseDate("2000-01-02", &dated.beforeMsecs); // --before takes in its whole day
     for (const Case& c : {Case{{"--max-size", "1K"}, small}, Case{{"--min-size", "2048"}, big},
-                          Case{{"--name", "*.TXT"}, named}, Case{{"--after", "1970-01-01"}, dated}}) {
+                          Case{{"--name", "*.TXT"}, named}, Case{{"--before", "2000-01-01"}, dated}}) {
         SCOPED_TRACE(c.options.join(' ').toStdString());
         QStringList want;
         for (const QJsonValue& f : all) {

@@ -3,7 +3,6 @@
 #include "results/TreeModel.h"
 #include "scan/RestoreWalk.h"
 #include "wizard/FileListRows.h"
-#include "wizard/ScanClock.h"
 #include "wizard/SelectionSums.h"
 
 #include <QAbstractItemModelTester>
@@ -11,14 +10,12 @@
 #include <QtTest>
 
 // The ticks a user sees, the sums of Step 4 and what the restore walk writes
-// come from one selection; and the scan clock's estimate of the time left.
-class TestSelectionAndClock : public QObject {
+// come from one selection.
+class TestSelection : public QObject {
     Q_OBJECT
 private slots:
     void ticksSumsAndRestoreAgree_data();
     void ticksSumsAndRestoreAgree();
-    void timeLeftFollowsMeasuredSpeed_data();
-    void timeLeftFollowsMeasuredSpeed();
 };
 
 namespace {
@@ -61,7 +58,7 @@ QModelIndex indexOf(const TreeModel& model, FolderNode* node)
 }
 } // namespace
 
-void TestSelectionAndClock::ticksSumsAndRestoreAgree_data()
+void TestSelection::ticksSumsAndRestoreAgree_data()
 {
     // Steps: "-X"/"+X" unticks/ticks folder X (C is the top), "-f"/"+f" a file's own box.
     QTest::addColumn<QStringList>("steps");
@@ -75,7 +72,7 @@ void TestSelectionAndClock::ticksSumsAndRestoreAgree_data()
                                                               << QStringList{"b1", "b2", "s1"};
 }
 
-void TestSelectionAndClock::ticksSumsAndRestoreAgree()
+void TestSelection::ticksSumsAndRestoreAgree()
 {
     QFETCH(QStringList, steps);
     QFETCH(QStringList, written);
@@ -115,48 +112,5 @@ void TestSelectionAndClock::ticksSumsAndRestoreAgree()
              all ? int(Qt::Checked) : written.isEmpty() ? int(Qt::Unchecked) : int(Qt::PartiallyChecked));
 }
 
-void TestSelectionAndClock::timeLeftFollowsMeasuredSpeed_data()
-{
-    // A scan of 10000 units; each row: msecs per unit before and after the
-    // half, a pause (msecs) at the half, and when the estimate is read.
-    QTest::addColumn<int>("firstRate");
-    QTest::addColumn<int>("pauseMsecs");
-    QTest::addColumn<int>("readAtUnits");
-    QTest::addColumn<qint64>("expected"); // -1: no estimate yet
-    QTest::newRow("steady, half way") << 2 << 0 << 5000 << qint64(10000);
-    QTest::newRow("a pause does not count") << 2 << 60000 << 5000 << qint64(10000);
-    QTest::newRow("three quarters") << 1 << 0 << 7500 << qint64(2500);
-    QTest::newRow("too early to say") << 1 << 0 << 100 << qint64(-1);
-    QTest::newRow("done") << 1 << 0 << 10000 << qint64(0);
-}
-
-void TestSelectionAndClock::timeLeftFollowsMeasuredSpeed()
-{
-    QFETCH(int, firstRate);
-    QFETCH(int, pauseMsecs);
-    QFETCH(int, readAtUnits);
-    QFETCH(qint64, expected);
-    qint64 now = 1000;
-    ScanClock clock([&now] { return now; });
-    clock.start();
-    const quint64 total = 10000;
-    for (quint64 done = 0; done < quint64(readAtUnits);) {
-        done += 100;
-        now += 100 * firstRate;
-        clock.progress(done, total);
-        if (done == total / 2 && pauseMsecs) {
-            clock.setRunning(false);
-            now += pauseMsecs;
-            clock.setRunning(true);
-        }
-    }
-    const qint64 left = clock.remainingMsecs();
-    if (expected <= 0)
-        QCOMPARE(left, expected);
-    else
-        QVERIFY2(qAbs(left - expected) <= expected / 4, qPrintable(QString::number(left)));
-    QCOMPARE(ScanClock::durationText(qint64(3725) * 1000), QStringLiteral("01:02:05"));
-}
-
-QTEST_MAIN(TestSelectionAndClock)
-#include "tst_selectionandclock.moc"
+QTEST_MAIN(TestSelection)
+#include "tst_selection.moc"
