@@ -299,8 +299,8 @@ void TestWizardFlow::step3PrevFollowsTheLastMode()
     QVERIFY(!window->step3()->isVisible());
 }
 
-// A partition chosen in one mode stays the tree's current row, but the
-// next mode starts from reset values and wants a fresh click.
+// The next mode starts from reset values with nothing chosen on Step 1 and
+// wants a fresh click.
 void TestWizardFlow::modeButtonResetsTheValuesNotThePages()
 {
     enterMode(1);
@@ -309,7 +309,7 @@ void TestWizardFlow::modeButtonResetsTheValuesNotThePages()
     click(step1->prevButton);
     enterMode(3);
     QCOMPARE(window->step1(), step1);
-    QVERIFY(step1->deviceTree->currentItem());
+    QVERIFY(!step1->deviceTree->currentItem());
     QCOMPARE(window->wizardState().diskNumber, -1);
     QCOMPARE(window->wizardState().driveLetter, '@');
     QCOMPARE(clickExpectingMessage(step1->nextButton), QStringLiteral("请选择磁盘"));
@@ -391,6 +391,11 @@ void TestWizardFlow::pauseResumeAndStop()
     Step3Page* page = window->step3();
     QSignalSpy progress(window->scan(), &PartScan::scanOne);
     QTRY_VERIFY_WITH_TIMEOUT(progress.count() > 0 || window->wizardState().scanFinished, kScanTimeout);
+    if (window->wizardState().scanFinished) {
+        // Over already: nothing left to pause or stop.
+        QVERIFY(!page->pauseButton->isEnabled() && !page->stopButton->isEnabled());
+        return;
+    }
 
     QTest::mousePress(page->pauseButton, Qt::LeftButton);
     QVERIFY(!window->wizardState().scanRunning && !page->pauseButton->toggleFlag);
