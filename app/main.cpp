@@ -1,5 +1,6 @@
 #include "app/AppFont.h"
 #include "app/MyProxyStyle.h"
+#include "app/QtChinese.h"
 #include "wizard/MainWidget.h"
 
 #include <QApplication>
@@ -19,6 +20,7 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QApplication::setStyle(new MyProxyStyle);
     AppFont::install();
+    QtChinese::install();
     MainWidget window;
     window.show();
     return app.exec();

@@ -4,19 +4,18 @@
 
 QList<ByteRuns::Run> ByteRuns::of(const PartScan* scanner, const FoundFile* file)
 {
+    QList<Run> runs;
     const auto* volume = dynamic_cast<const VolumeScan*>(scanner);
     Extents extents;
-    // Resident NTFS content has no extents: the record's fix-ups make its raw bytes differ from the content.
+    // Content kept inside a record (NTFS resident data) has no extents.
     if (!volume || !file || !volume->extentsOf(*file, &extents))
-        return {};
+        return runs;
     const quint64 base = checked::addSat(volume->handle.base(), volume->partOffset);
-    QList<Run> runs;
     quint64 fileOffset = 0;
     for (const Extent& e : extents) {
-        // Extents are already joined where they follow on, and clamped to the file and its volume.
         if (!e.hole)
             runs.append({fileOffset, checked::addSat(base, e.offset), e.length});
-        fileOffset += e.length;
+        fileOffset = checked::addSat(fileOffset, e.length);
     }
     return runs;
 }

@@ -242,7 +242,36 @@ void addScanOptions(QCommandLineParser& parser)
     parser.addOption({QStringLiteral("types"), QStringLiteral("File mode: name endings joined by \";\"."), QStringLiteral("LIST")});
     parser.addOption({QStringLiteral("csv"), QStringLiteral("Also write the found files to FILE as CSV (UTF-8, for spreadsheets)."), QStringLiteral("FILE")});
     parser.addOption({QStringLiteral("dfxml"), QStringLiteral("Also write the found files to FILE as a DFXML listing."), QStringLiteral("FILE")});
+    parser.addOption({QStringLiteral("min-size"), QStringLiteral("List and restore only files of at least SIZE (bytes, or with K, M, G)."), QStringLiteral("SIZE")});
+    parser.addOption({QStringLiteral("max-size"), QStringLiteral("List and restore only files of at most SIZE."), QStringLiteral("SIZE")});
+    parser.addOption({QStringLiteral("after"), QStringLiteral("List and restore only files modified on or after DATE (yyyy-MM-dd, UTC)."), QStringLiteral("DATE")});
+    parser.addOption({QStringLiteral("before"), QStringLiteral("List and restore only files modified on or before DATE."), QStringLiteral("DATE")});
+    parser.addOption({QStringLiteral("name"), QStringLiteral("List and restore only files whose name contains TEXT, or matches it with * and ?, in any case."), QStringLiteral("TEXT")});
     parser.addPositionalArgument(QStringLiteral("SOURCE"), QStringLiteral("E, disk:N, IMAGE or IMAGE@N"));
+}
+
+// The options that narrow what is listed and restored, as the wizard's filters do.
+Failure filterOptions(const QCommandLineParser& parser, ResultFilter* filter)
+{
+    const struct {
+        const char* option;
+        quint64* value;
+        bool (*parse)(const QString&, quint64*);
+    } fields[] = {
+        {"min-size", &filter->minSize, ResultFilter::parseSize},
+        {"max-size", &filter->maxSize, ResultFilter::parseSize},
+        {"after", &filter->afterMsecs, ResultFilter::parseDate},
+        {"before", &filter->beforeMsecs, ResultFilter::parseDate},
+    };
+    for (const auto& field : fields) {
+        const QString text = parser.value(QLatin1String(field.option));
+        if (!text.isEmpty() && !field.parse(text, field.value))
+            return {CliApp::Usage, QStringLiteral("--%1: cannot read \"%2\"").arg(QLatin1String(field.option), text)};
+    }
+    if (filter->beforeMsecs)
+        filter->beforeMsecs += 24ull * 3600 * 1000; // the whole last day
+    filter->name = parser.value(QStringLiteral("name"));
+    return {CliApp::Ok, QString()};
 }
 
 Failure writeFile(const QString& path, const QByteArray& data)
@@ -294,6 +323,10 @@ int scanOrRestore(const QStringList& args, bool restore)
     Failure f = scanOptions(parser, &options);
     if (f.code != CliApp::Ok)
         return fail(f);
+    ResultFilter filter;
+    f = filterOptions(parser, &filter);
+    if (f.code != CliApp::Ok)
+        return fail(f);
     SourceSpec source;
     QString parseError;
     if (!SourceSpec::parse(parser.positionalArguments().first(), &source, &parseError))
@@ -331,9 +364,9 @@ int scanOrRestore(const QStringList& args, bool restore)
     const bool json = parser.isSet(QStringLiteral("json"));
     if (!restore) {
         if (json)
-            doc = TreeReport::json(session->root());
+            doc = TreeReport::json(session->root(), filter);
         else
-            out(TreeReport::text(session->root()));
+            out(TreeReport::text(session->root(), filter));
     }
     if (restore) {
         const QStringList only = parser.values(QStringLiteral("only"));
@@ -346,9 +379,10 @@ int scanOrRestore(const QStringList& args, bool restore)
                 CheckStates::set(folder, 2);
             }
         }
+        session->scanner()->filter = filter;
         session->restore(targetDir, parser.isSet(QStringLiteral("keep-both")));
         if (json)
-            doc = TreeReport::json(session->root());
+            doc = TreeReport::json(session->root(), filter);
     }
     if (session->interrupted())
         err(QStringLiteral("ostrel-cli: stopped; the results so far follow\n"));

@@ -29,24 +29,26 @@ const char* statusOf(const FolderNode* folder)
 // Visits folders depth first, a folder's files before its subfolders; visit
 // gets each folder with its path, then each of its files.
 template <typename VisitFolder, typename VisitFile>
-void walk(const FolderNode* root, VisitFolder visitFolder, VisitFile visitFile)
+void walk(const FolderNode* root, const ResultFilter& filter, VisitFolder visitFolder, VisitFile visitFile)
 {
     QList<QPair<const FolderNode*, QString>> work{{root, root->name}};
     while (!work.isEmpty()) {
         const auto [folder, path] = work.takeLast();
         visitFolder(folder, path);
         const char* status = folder->files.isEmpty() ? "" : statusOf(folder);
-        for (const FoundFile* f : folder->files)
-            visitFile(Entry{path + QLatin1Char('/') + f->name, f, TreeReport::isoTime(f->modifiedMsecs), status});
+        for (const FoundFile* f : folder->files) {
+            if (filter.matches(*f))
+                visitFile(Entry{path + QLatin1Char('/') + f->name, f, TreeReport::isoTime(f->modifiedMsecs), status});
+        }
         for (auto it = folder->children.crbegin(); it != folder->children.crend(); ++it)
             work.append({*it, path + QLatin1Char('/') + (*it)->name});
     }
 }
 
 template <typename VisitFile>
-void walkFiles(const FolderNode* root, VisitFile visitFile)
+void walkFiles(const FolderNode* root, VisitFile visitFile, const ResultFilter& filter = ResultFilter())
 {
-    walk(root, [](const FolderNode*, const QString&) {}, visitFile);
+    walk(root, filter, [](const FolderNode*, const QString&) {}, visitFile);
 }
 
 // A CSV field, quoted when it holds a separator, a quote or a line break.
@@ -66,21 +68,24 @@ QString TreeReport::isoTime(quint64 msecs)
     return QDateTime::fromMSecsSinceEpoch(qint64(msecs), Qt::UTC).toString(Qt::ISODate);
 }
 
-QString TreeReport::text(const FolderNode* root)
+QString TreeReport::text(const FolderNode* root, const ResultFilter& filter)
 {
     QString out;
-    walkFiles(root, [&](const Entry& e) {
-        out += QStringLiteral("%1\t%2\t%3\n").arg(e.path).arg(e.file->size).arg(e.modified.isEmpty() ? QStringLiteral("-") : e.modified);
-    });
+    walkFiles(
+        root,
+        [&](const Entry& e) {
+            out += QStringLiteral("%1\t%2\t%3\n").arg(e.path).arg(e.file->size).arg(e.modified.isEmpty() ? QStringLiteral("-") : e.modified);
+        },
+        filter);
     return out;
 }
 
-QJsonObject TreeReport::json(const FolderNode* root)
+QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)
 {
     QJsonArray files;
     QJsonArray folders;
     walk(
-        root,
+        root, filter,
         [&](const FolderNode* folder, const QString& path) {
             folders.append(QJsonObject{{"path", path}, {"checkState", folder->checkState}, {"files", int(folder->files.size())}});
         },

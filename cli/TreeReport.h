@@ -1,5 +1,6 @@
 #pragma once
 #include "cli/ByteRuns.h"
+#include "results/ResultFilter.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -17,8 +18,9 @@ public:
     // The byte runs of a found file, for the DFXML listing.
     using RunLookup = std::function<QList<ByteRuns::Run>(const FoundFile*)>;
 
-    static QString text(const FolderNode* root);
-    static QJsonObject json(const FolderNode* root);
+    // text and json list only the files the filter lets through.
+    static QString text(const FolderNode* root, const ResultFilter& filter = ResultFilter());
+    static QJsonObject json(const FolderNode* root, const ResultFilter& filter = ResultFilter());
     // UTF-8 with a byte order mark, so spreadsheets read the names right.
     static QByteArray csv(const FolderNode* root);
     static QByteArray dfxml(const FolderNode* root, const QString& imageName, const RunLookup& runs);

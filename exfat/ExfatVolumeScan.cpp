@@ -1,6 +1,8 @@
 #include "exfat/ExfatVolumeScan.h"
 #include "exfat/ExfatVolume.h"
+#include "carving/CarvingPass.h"
 #include "results/ExfatFile.h"
+#include "results/Fat32File.h"
 #include "results/ExtentList.h"
 #include "results/FolderNode.h"
 
@@ -120,13 +122,28 @@ void ExfatVolumeScan::scanFinished()
     m_lastPath.clear();
 }
 
-void ExfatVolumeScan::carveFreeBlocks(const CarvingContext&)
+void ExfatVolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
-    // Carving over the clusters the allocation bitmap leaves free is not done yet.
+    // The heap walked like a FAT32 data area: cluster 2 at its start, one
+    // 32-bit FAT entry per cluster. Carved files are Fat32File records.
+    const quint64 fatBytes = (quint64(m_boot.clusterCount) + ExfatBootSector::kFirstDataCluster) * 4;
+    CarvingPass::runFat32(context, {m_boot.clusterBytes(), m_boot.heapOffset, fatBytes});
+}
+
+bool ExfatVolumeScan::carvedExtents(const Fat32File& file, Extents* extents) const
+{
+    if (!m_boot.isCluster(file.firstCluster))
+        return false;
+    ExtentList list(volumeBytes(), file.size);
+    list.add(m_boot.clusterOffset(file.firstCluster), quint64(file.carvedClusters) << m_boot.clusterShift);
+    *extents = list.take();
+    return true;
 }
 
 bool ExfatVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
 {
+    if (const auto* carved = dynamic_cast<const Fat32File*>(&found))
+        return carvedExtents(*carved, extents);
     const auto* file = dynamic_cast<const ExfatFile*>(&found);
     // A file with no cluster on the volume has nothing to give back, not even zeros.
     if (!file || std::all_of(file->extents.begin(), file->extents.end(), [](const Extent& e) { return e.hole; }))

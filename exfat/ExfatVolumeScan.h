@@ -7,6 +7,7 @@
 
 class ExfatVolume;
 struct ExfatEntrySet;
+struct Fat32File;
 
 // The scanner of one exFAT volume: walks the directory tree from the root
 // through live and deleted folders and lists every deleted file, with its
@@ -36,6 +37,8 @@ protected:
 private:
     void fileDeleted(ScanTotals& totals, const ExfatVolume& volume, const QStringList& folder, const ExfatEntrySet& set);
     FolderNode* folderOf(const QStringList& path);
+    // A carved file: consecutive clusters from its first.
+    bool carvedExtents(const Fat32File& file, Extents* extents) const;
 
     ExfatBootSector m_boot;
     bool m_opened = false;

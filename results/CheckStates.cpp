@@ -5,39 +5,60 @@
 #include <QReadLocker>
 
 namespace {
+constexpr int kUnchecked = 0;
 constexpr int kPartlyChecked = 1;
+constexpr int kChecked = 2;
+
+// The state a folder shows for what lies in it; an empty folder keeps its own.
+int derivedState(const FolderNode* folder)
+{
+    bool any = false;
+    bool all = true;
+    for (const FoundFile* f : folder->files) {
+        any |= f->selected;
+        all &= f->selected;
+    }
+    for (const FolderNode* c : folder->children) {
+        any |= c->checkState != kUnchecked;
+        all &= c->checkState == kChecked;
+    }
+    if (folder->files.isEmpty() && folder->children.isEmpty())
+        return folder->checkState;
+    return all ? kChecked : any ? kPartlyChecked : kUnchecked;
+}
 } // namespace
 
-// Result trees from damaged disks can be deep, so the walk keeps its own stack.
-void CheckStates::setDown(FolderNode* folder, int state, void (*cb)(void*, FolderNode*), void* ctx)
+void CheckStates::select(FoundFile* file, bool selected)
 {
+    file->selected = selected;
+}
+
+// Result trees from damaged disks can be deep, so the walk keeps its own stack.
+// A click on a partly checked box means "all of it".
+void CheckStates::setDown(FolderNode* folder, int state, Callback cb, void* ctx)
+{
+    const int whole = state == kUnchecked ? kUnchecked : kChecked;
     QList<FolderNode*> work{folder};
     while (!work.isEmpty()) {
         FolderNode* f = work.takeLast();
-        f->checkState = state;
-        cb(ctx, f);
+        f->checkState = whole;
         QReadLocker lock(&ResultTreeLock::lock());
+        for (FoundFile* file : f->files)
+            select(file, whole == kChecked);
         for (auto it = f->children.crbegin(); it != f->children.crend(); ++it)
             work.append(*it);
+        lock.unlock();
+        cb(ctx, f);
     }
 }
 
-void CheckStates::climb(FolderNode* folder, void (*cb)(void*, FolderNode*), void* ctx)
+void CheckStates::climb(FolderNode* from, Callback cb, void* ctx)
 {
-    int state = folder->checkState;
-    for (FolderNode* p = folder->parent; p && p->parent; p = p->parent) {
-        int common = state;
+    for (FolderNode* p = from; p && p->parent; p = p->parent) {
         {
             QReadLocker lock(&ResultTreeLock::lock());
-            for (const FolderNode* c : p->children) {
-                if (c->checkState != state) {
-                    common = kPartlyChecked;
-                    break;
-                }
-            }
+            p->checkState = derivedState(p);
         }
-        p->checkState = common;
         cb(ctx, p);
-        state = common;
     }
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 struct FolderNode;
+struct FoundFile;
 
-// The selection of a result tree lives in the folders' check states. Setting
-// one spreads it to every folder below, then up: a parent takes its children's
-// common state, or partly checked where they differ. The invisible top node
-// (the one without a parent) never changes.
+// The selection of a result tree: each file's own tick (FoundFile::selected).
+// A folder's check state is derived from it: checked when every file and
+// folder below is, unchecked when none is, partly checked otherwise. Setting a
+// folder sets every file below it; setting a file re-derives its folder and
+// those above. The invisible top node (the one without a parent) never changes.
 class CheckStates {
 public:
     // Calls changed(folder) for every folder whose state was written, in the
@@ -16,10 +18,15 @@ public:
     {
         set(folder, state, [](FolderNode*) {});
     }
+    // One file's tick, in the folder that holds it.
+    template <typename Changed>
+    static void setFile(FolderNode* folder, FoundFile* file, bool selected, Changed changed);
 
 private:
-    static void setDown(FolderNode* folder, int state, void (*cb)(void*, FolderNode*), void* ctx);
-    static void climb(FolderNode* folder, void (*cb)(void*, FolderNode*), void* ctx);
+    using Callback = void (*)(void*, FolderNode*);
+    static void setDown(FolderNode* folder, int state, Callback cb, void* ctx);
+    static void climb(FolderNode* from, Callback cb, void* ctx);
+    static void select(FoundFile* file, bool selected);
 };
 
 template <typename Changed>
@@ -27,5 +34,13 @@ void CheckStates::set(FolderNode* folder, int state, Changed changed)
 {
     auto cb = [](void* ctx, FolderNode* f) { (*static_cast<Changed*>(ctx))(f); };
     setDown(folder, state, cb, &changed);
+    climb(folder->parent, cb, &changed);
+}
+
+template <typename Changed>
+void CheckStates::setFile(FolderNode* folder, FoundFile* file, bool selected, Changed changed)
+{
+    auto cb = [](void* ctx, FolderNode* f) { (*static_cast<Changed*>(ctx))(f); };
+    select(file, selected);
     climb(folder, cb, &changed);
 }

@@ -2,6 +2,7 @@
 #include "results/ResultTreeLock.h"
 
 #include <QWriteLocker>
+#include <Qt>
 
 FolderNode::~FolderNode()
 {
@@ -25,6 +26,8 @@ FolderNode* FolderNode::addChild(const QString& childName, int childPartIndex, b
     child->name = childName;
     child->partIndex = childPartIndex;
     child->ntfs = childNtfs;
+    // What the scan adds later follows a whole choice; a partial one stays as the user made it.
+    child->checkState = checkState == Qt::Checked ? Qt::Checked : Qt::Unchecked;
     QWriteLocker lock(&ResultTreeLock::lock());
     children.append(child);
     return child;
@@ -39,6 +42,7 @@ FolderNode* FolderNode::obtainChild(const QString& childName, int childPartIndex
 
 void FolderNode::addFile(FoundFile* file)
 {
+    file->selected = checkState == Qt::Checked;
     QWriteLocker lock(&ResultTreeLock::lock());
     files.append(file);
 }

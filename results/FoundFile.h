@@ -9,4 +9,7 @@ struct FoundFile {
     QString name;                // without path; generated for carved files
     quint64 modifiedMsecs = 0;   // ms since 1970-01-01 UTC; 0 when unknown
     quint64 size = 0;            // bytes
+    // Ticked for the restore. The one place the selection lives: the folder
+    // check boxes, the sums and the restore walk all read it (see CheckStates).
+    bool selected = true;
 };

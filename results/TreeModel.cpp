@@ -73,7 +73,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const
     switch (role) {
     case Qt::DisplayRole: {
         QReadLocker lock(&ResultTreeLock::lock());
-        return QStringLiteral("%1 (%2)").arg(node->name).arg(node->directCount());
+        return QStringLiteral("%1 (%2)").arg(node->name).arg(shownCount(node));
     }
     case Qt::DecorationRole:
         return node->expanded ? openIcon : closedIcon;
@@ -97,10 +97,7 @@ bool TreeModel::setData(const QModelIndex& index, const QVariant& value, int rol
     if (role == Qt::DecorationRole) {
         node->expanded = value.toBool();
     } else if (role == Qt::CheckStateRole) {
-        CheckStates::set(node, value.toInt(), [this](FolderNode* changed) {
-            const QModelIndex at = indexOf(changed);
-            emit dataChanged(at, at);
-        });
+        CheckStates::set(node, value.toInt(), [this](FolderNode* changed) { repaint(changed); });
     }
     return true;
 }
@@ -110,4 +107,35 @@ Qt::ItemFlags TreeModel::flags(const QModelIndex& index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     return Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled | Qt::ItemIsAutoTristate;
+}
+
+void TreeModel::setFileSelected(FolderNode* folder, FoundFile* file, bool selected)
+{
+    CheckStates::setFile(folder, file, selected, [this](FolderNode* changed) { repaint(changed); });
+}
+
+void TreeModel::setFilter(const ResultFilter& newFilter)
+{
+    // Every count may change; the rows stay.
+    emit layoutAboutToBeChanged();
+    shown = newFilter;
+    emit layoutChanged();
+}
+
+// Under the read lock.
+int TreeModel::shownCount(const FolderNode* node) const
+{
+    if (shown.isOpen())
+        return node->directCount();
+    int count = int(node->children.size());
+    for (const FoundFile* file : node->files)
+        count += shown.matches(*file) ? 1 : 0;
+    return count;
+}
+
+void TreeModel::repaint(FolderNode* changed)
+{
+    const QModelIndex at = indexOf(changed);
+    if (at.isValid())
+        emit dataChanged(at, at);
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include "results/FoundFile.h"
+#include "results/ResultFilter.h"
 
 #include <QAbstractItemModel>
 #include <QIcon>
@@ -30,11 +31,20 @@ public:
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
+    // One file's tick, from a row of the file lists; repaints the folders it changes.
+    void setFileSelected(FolderNode* folder, FoundFile* file, bool selected);
+    // The files the views show; a folder's count is of those and its folders.
+    void setFilter(const ResultFilter& newFilter);
+    const ResultFilter& filter() const { return shown; }
+
 private:
+    void repaint(FolderNode* changed);
+    int shownCount(const FolderNode* node) const;
     FolderNode* nodeOf(const QModelIndex& index) const;
     QModelIndex indexOf(FolderNode* node) const;
 
     FolderNode* top;
+    ResultFilter shown;
     QIcon closedIcon;
     QIcon openIcon;
 };

@@ -1,4 +1,5 @@
 #pragma once
+#include "results/ResultFilter.h"
 #include "scan/device/DeviceHandle.h"
 
 #include <QMutex>
@@ -49,6 +50,8 @@ public:
     int partIndex = 0;
     quint64 partOffset = 0;
     QString restoreDir;
+    // What a restore leaves out besides the unticked files.
+    ResultFilter filter;
     // A restore keeps a file already in the target and writes the found one as
     // "name (2).ext"; off, the found file takes its place (the wizard's way).
     bool keepBoth = false;

@@ -27,19 +27,23 @@ QString RestoreWalk::folderPath(const FolderNode* folder, const QString& targetD
     return path;
 }
 
-void RestoreWalk::run(FolderNode* root, const QString& targetDir, const WriteOne& write)
+void RestoreWalk::run(FolderNode* root, const QString& targetDir, const WriteOne& write, const ResultFilter& filter)
 {
     if (!root)
         return;
     QList<FolderNode*> work{root};
     while (!work.isEmpty()) {
         FolderNode* folder = work.takeLast();
-        if (folder->checkState == 2 && !folder->files.isEmpty()) {
-            const QString path = folderPath(folder, targetDir);
-            if (!QDir(path).exists())
-                QDir().mkpath(path);
-            for (FoundFile* f : folder->files)
-                write(path, f);
+        QString path;
+        for (FoundFile* f : folder->files) {
+            if (!f->selected || !filter.matches(*f))
+                continue;
+            if (path.isEmpty()) {
+                path = folderPath(folder, targetDir);
+                if (!QDir(path).exists())
+                    QDir().mkpath(path);
+            }
+            write(path, f);
         }
         work.append(folder->children);
     }

@@ -1,19 +1,23 @@
 #pragma once
+#include "results/ResultFilter.h"
+
 #include <QString>
 #include <functional>
 
 struct FolderNode;
 struct FoundFile;
 
-// The restore walk both volume scanners share: every fully checked folder's
-// files are written below the target, at the folder's path in the tree.
+// The restore walk both volume scanners share: every selected file is written
+// below the target, at its folder's path in the tree.
 // Folders are made only where a file is written.
 class RestoreWalk {
 public:
     // Called once per file with the folder made for it.
     using WriteOne = std::function<void(const QString& folderPath, FoundFile* file)>;
 
-    static void run(FolderNode* root, const QString& targetDir, const WriteOne& write);
+    // Only the files the filter lets through are written.
+    static void run(FolderNode* root, const QString& targetDir, const WriteOne& write,
+                    const ResultFilter& filter = ResultFilter());
 
     // The target path of a folder: targetDir, then the safe names from the top down.
     static QString folderPath(const FolderNode* folder, const QString& targetDir);

@@ -149,7 +149,7 @@ void VolumeScan::undelete(QString targetDir)
 {
     RestoreWalk::run(rootFolder, targetDir, [this](const QString& folderPath, FoundFile* file) {
         writeFile(folderPath, file);
-    });
+    }, filter);
     emit undeleteDone();
 }
 

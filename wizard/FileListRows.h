@@ -1,4 +1,6 @@
 #pragma once
+#include "results/ResultFilter.h"
+
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -8,21 +10,28 @@ struct FolderNode;
 struct FoundFile;
 
 // Step 3's file list: one row per file of a folder, with name, modification
-// time and size, the type's icon and the folder's check state.
+// time, size and where it came from, the type's icon and the file's own tick.
+// Rows sort by what they stand for (times and sizes as numbers), not by text.
 class FileListRows {
 public:
-    static void fill(QTreeWidget* list, FolderNode* folder, const QMap<QString, QString>& iconMap);
+    enum Column { NameColumn, TimeColumn, SizeColumn, StatusColumn, ColumnCount };
 
-    // Local time "yyyy-MM-dd HH:mm:ss", or "未知时间" for 0.
-    static QString timeText(quint64 modifiedMsecs);
-    // Always KB, one decimal, right-aligned in ten places.
+    static void fill(QTreeWidget* list, FolderNode* folder, const QMap<QString, QString>& iconMap,
+                     const ResultFilter& filter = ResultFilter());
+
+    // "yyyy-MM-dd HH:mm:ss" in local time, or "未知时间" for 0. FAT stores the
+    // wall-clock time of the machine that wrote it: with fatTime the stamp is
+    // shown as stored, without a shift into this machine's zone.
+    static QString timeText(quint64 modifiedMsecs, bool fatTime = false);
+    // Bytes below 1 KB as "31 B", then KB, MB, GB with one decimal.
     static QString sizeText(quint64 bytes);
-    // The icon path for a name's extension, ":./null.ico" without an entry.
+    // The icon path for a name's extension, whatever its case; ":./null.ico" without an entry.
     static QString iconPath(const QString& fileName, const QMap<QString, QString>& iconMap);
+    // "碎片恢复" for a file carved by signature; empty for one found in the
+    // file system's own records.
+    static QString statusText(const FolderNode* folder);
 
     // The folder's files as they are now, taken under the tree's read lock:
     // the scan may append while the rows are built.
-    static QList<FoundFile*> filesOf(FolderNode* folder);
-    // A partly checked folder shows as checked on its rows.
-    static int rowCheckState(const FolderNode* folder);
+    static QList<FoundFile*> filesOf(FolderNode* folder, const ResultFilter& filter = ResultFilter());
 };

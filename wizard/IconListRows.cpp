@@ -16,13 +16,14 @@ constexpr int kLongLoadMinFiles = 20;
 constexpr int kLongLoadOthers = 5;
 } // namespace
 
-void IconListRows::fill(QListWidget* list, FolderNode* folder, PartScan* scanner, const Notify& notify)
+void IconListRows::fill(QListWidget* list, FolderNode* folder, PartScan* scanner, const Notify& notify,
+                        const ResultFilter& filter)
 {
     list->clear();
-    const QList<FoundFile*> files = FileListRows::filesOf(folder);
+    const QList<FoundFile*> files = FileListRows::filesOf(folder, filter);
     if (isLongLoad(files))
         notify(QObject::tr("文件较大，加载需要一段时间，请不要关闭软件哦～"));
-    const auto state = Qt::CheckState(FileListRows::rowCheckState(folder));
+    
     for (FoundFile* file : files) {
         auto* item = new QListWidgetItem(file->name);
         QFont font = item->font();
@@ -34,7 +35,7 @@ void IconListRows::fill(QListWidget* list, FolderNode* folder, PartScan* scanner
             icon = QPixmap(QStringLiteral(":./defaultPic.png"));
         item->setIcon(icon);
         RowRef{file, folder, folder->partIndex}.storeIn(item);
-        item->setCheckState(state);
+        item->setCheckState(file->selected ? Qt::Checked : Qt::Unchecked);
         item->setSizeHint(QSize(kCell, kCell));
         list->insertItem(list->count(), item);
     }

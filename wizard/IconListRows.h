@@ -1,4 +1,6 @@
 #pragma once
+#include "results/ResultFilter.h"
+
 #include <QList>
 #include <QPixmap>
 #include <QString>
@@ -17,7 +19,8 @@ public:
 
     // notify gets the long-load message before the reads start, when the
     // folder is mostly JPEG files.
-    static void fill(QListWidget* list, FolderNode* folder, PartScan* scanner, const Notify& notify);
+    static void fill(QListWidget* list, FolderNode* folder, PartScan* scanner, const Notify& notify,
+                     const ResultFilter& filter = ResultFilter());
 
     // 20 or more files, of which all but at most 4 end in ".jpg".
     static bool isLongLoad(const QList<FoundFile*>& files);

@@ -25,15 +25,23 @@
 #include "wizard/IconListRows.h"
 #include "wizard/RowRef.h"
 #include "wizard/ScanClock.h"
+#include "wizard/ScanSummary.h"
+#include "wizard/ImageCheck.h"
 #include "results/ScanRoot.h"
 #include "wizard/SelectionSums.h"
+#include "wizard/ResultBrowser.h"
+#include "wizard/RestorePlan.h"
+#include "wizard/RestoreTargetCheck.h"
+#include "wizard/WizardMessages.h"
 #include "app/AppFont.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QCloseEvent>
 #include <QDir>
+#include <QFileInfo>
 #include <QEvent>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -192,17 +200,7 @@ void MainWidget::fadeIn()
 
 void MainWidget::showMessage(const QString& text)
 {
-    QMessageBox box(this);
-    QFont font(QStringLiteral("SimSun"), 10);
-    font.setFamilies({QStringLiteral("SimSun"), AppFont::family()});
-    box.setFont(font);
-    box.setIcon(QMessageBox::Information);
-    box.setWindowTitle(tr("提示"));
-    box.setWindowIcon(QIcon());
-    box.setText(text);
-    QPushButton* ok = box.addButton(tr("确定"), QMessageBox::AcceptRole);
-    ok->setFont(font);
-    box.exec();
+    WizardMessages::inform(this, text);
 }
 
 // ---- The frameless shell ----
@@ -280,7 +278,39 @@ void MainWidget::minbtn_clicked()
 }
 
 // The window has one size.
-void MainWidget::maxbtn_clicked() {}
+void MainWidget::maxbtn_clicked()
+{
+    if (isMaximized())
+        showNormal();
+    else
+        showMaximized();
+}
+
+void MainWidget::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    placeTitleButtons();
+}
+
+void MainWidget::placeTitleButtons()
+{
+    if (!closeButton)
+        return;
+    QToolButton* buttons[] = {minButton, maxButton, closeButton};
+    for (int i = 0; i < 3; ++i)
+        buttons[i]->setGeometry(width() - kTitleButtonWidth * (3 - i), 0, kTitleButtonWidth, kTitleButtonHeight);
+}
+
+// A scan or a restore under way ends with the window: the user says so first.
+void MainWidget::closeEvent(QCloseEvent* event)
+{
+    const bool busy = restoring || (scanThread && scanThread->isRunning());
+    if (busy && WizardMessages::ask(this, tr("扫描或恢复正在进行，确定要退出吗？"), {tr("退出"), tr("取消")}) != 0) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+}
 
 void MainWidget::closebtn_clicked()
 {
@@ -339,6 +369,14 @@ void MainWidget::enterMode(int newMode)
     showStep(step1Page, &MainWidget::buildStep1Page);
     step1Page->caption->setText(QString::fromUtf8(kModeTexts[newMode - 1].caption));
     showDeviceRowsForMode();
+    // Each run starts clean: nothing chosen on Step 1, nothing of the last run on Step 4.
+    step1Page->deviceTree->clearSelection();
+    step1Page->deviceTree->setCurrentItem(nullptr);
+    step1Page->removeImageButton->setEnabled(false);
+    if (step4Page) {
+        step4Page->startRun(state.driveLetter);
+        step4Page->restoreDirEdit->clear();
+    }
 }
 
 // Partition recovery picks a whole disk; the other modes pick a partition.
@@ -406,6 +444,7 @@ void MainWidget::buildStep1Page()
     watchHover(step1Page->openImageButton, Hover::StepButton);
     DeviceTreeRows::fill(step1Page->deviceTree, DeviceLayer::instance());
     connect(step1Page->openImageButton, &QPushButton::clicked, this, &MainWidget::openImageButton_clicked);
+    connect(step1Page->removeImageButton, &QPushButton::clicked, this, &MainWidget::removeImageButton_clicked);
     connect(step1Page->deviceTree, &QTreeWidget::itemClicked, this, &MainWidget::partitionClicked);
     connect(step1Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep1_clicked);
     connect(step1Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep1_clicked);
@@ -435,10 +474,10 @@ void MainWidget::buildStep2Page()
 void MainWidget::buildStep3Page()
 {
     step3Page = new Step3Page(this);
+    browser = new ResultBrowser(step3Page, iconMap, [this](const QString& text) { showMessage(text); }, step3Page);
     insertStepPage(step3Page, Hover::StepButton);
     connect(step3Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep3_clicked);
     QTreeView* tree = step3Page->treeStep3;
-    connect(tree, &QTreeView::clicked, this, &MainWidget::treeStep3_clicked);
     connect(tree, &QTreeView::expanded, this, &MainWidget::treeStep3_itemExpanded);
     connect(tree, &QTreeView::collapsed, this, &MainWidget::treeStep3_itemCollapsed);
     connect(step3Page->treeStep3ForList, &QTreeWidget::itemDoubleClicked, this,
@@ -446,10 +485,6 @@ void MainWidget::buildStep3Page()
     connect(step3Page->listStep3ForIcon, &QListWidget::itemDoubleClicked, this,
             &MainWidget::listStep3ForIcon_doubleClicked);
     connect(step3Page->displayGroup, &QButtonGroup::idClicked, this, &MainWidget::displayModeChanged);
-    connect(step3Page->fileNameButton, &QPushButton::clicked, this, &MainWidget::fileNameButton_clicked);
-    connect(step3Page->lastModificationButton, &QPushButton::clicked, this,
-            &MainWidget::lastModificationButton_clicked);
-    connect(step3Page->fileSizeButton, &QPushButton::clicked, this, &MainWidget::fileSizeButton_clicked);
     connect(step3Page->pauseButton, &MyButton::clicked, this, &MainWidget::pauseButton_clicked);
     connect(step3Page->stopButton, &MyButton::clicked, this, &MainWidget::stopButton_clicked);
     step3Page->show();
@@ -457,7 +492,7 @@ void MainWidget::buildStep3Page()
 
 void MainWidget::buildStep4Page()
 {
-    step4Page = new Step4Page(this, state.driveLetter);
+    step4Page = new Step4Page(this);
     insertStepPage(step4Page, Hover::Hand);
     for (QPushButton* button : {step4Page->returnToMainButton, step4Page->restoreButton, step4Page->browseButton})
         watchHover(button, Hover::Hand);
@@ -516,6 +551,7 @@ void MainWidget::nextbtnStep1_clicked()
 void MainWidget::partitionClicked(QTreeWidgetItem* item, int)
 {
     state.diskNumber = item->data(1, Qt::UserRole).toInt();
+    step1Page->removeImageButton->setEnabled(openedImages.contains(state.diskNumber));
     const QString key = item->data(0, Qt::UserRole).toString();
     if (key.isEmpty()) {
         state.partitionNumber = -1;
@@ -540,13 +576,39 @@ void MainWidget::openImageButton_clicked()
 
 void MainWidget::addDiskImage(const QString& path)
 {
+    const QString problem = ImageCheck::problem(path);
+    if (!problem.isEmpty()) {
+        showMessage(problem);
+        return;
+    }
     auto* images = dynamic_cast<ImageDeviceLayer*>(&DeviceLayer::instance());
     int error = 0;
-    if (!images || DeviceTreeRows::addImage(step1Page->deviceTree, *images, path, &error) < 0) {
+    const int disk = images ? DeviceTreeRows::addImage(step1Page->deviceTree, *images, path, &error) : -1;
+    if (disk < 0) {
         showMessage(tr("无法打开磁盘映像：%1").arg(QString::fromLocal8Bit(strerror(error))));
         return;
     }
+    openedImages.insert(disk);
     showDeviceRowsForMode();
+}
+
+// The rows of an image opened here go; the disk list itself keeps it, so
+// opening it again brings the rows back.
+void MainWidget::removeImageButton_clicked()
+{
+    QTreeWidgetItem* current = step1Page->deviceTree->currentItem();
+    if (!current)
+        return;
+    const int disk = current->data(1, Qt::UserRole).toInt();
+    QTreeWidget* tree = step1Page->deviceTree;
+    for (int i = tree->topLevelItemCount() - 1; i >= 0; --i) {
+        if (tree->topLevelItem(i)->data(1, Qt::UserRole).toInt() == disk)
+            delete tree->takeTopLevelItem(i);
+    }
+    openedImages.remove(disk);
+    state.diskNumber = state.partitionNumber = -1;
+    state.driveLetter = '@';
+    step1Page->removeImageButton->setEnabled(false);
 }
 
 // ---- Step 2 ----
@@ -637,9 +699,10 @@ void MainWidget::startScan()
 {
     state.currentPrevButton->setEnabled(false);
     state.currentNextButton->setEnabled(false);
-    state.currentFileList->clear();
-    state.currentIconList->clear();
     state.currentFolder = QModelIndex(); // it points into the tree about to go
+    // The view on screen decides what the new tree fills.
+    state.displayMode = quint8(step3Page->listStep3ForIcon->isVisible() ? 2 : 1);
+    browser->setDisplayMode(state.displayMode);
     state.scanRunning = true;
     // Step 3's Prev can lead back here after a scan: each scan starts its own clock.
     state.scanFinished = false;
@@ -648,8 +711,11 @@ void MainWidget::startScan()
     step3Page->pauseButton->toggleFlag = true;
     step3Page->pauseButton->update();
     step3Page->scanProgressBar->setValue(0);
-    step3Page->elapsedLabel->setText(ScanClock::elapsedText(state.elapsedSeconds));
-    step3Page->remainingLabel->setText(ScanClock::remainingText(state.elapsedSeconds));
+    clock.start();
+    showScanFigures();
+    step3Page->summaryLabel->clear();
+    step3Page->pauseButton->setEnabled(true);
+    step3Page->stopButton->setEnabled(true);
 
     delete scanTimer;
     scanTimer = new QTimer(this);
@@ -671,7 +737,7 @@ void MainWidget::startScan()
     scanRoot = std::make_unique<ScanRoot>(opened.rootName.isEmpty() ? state.diskName : opened.rootName, opened.ntfsTree);
     scanThread->rootFolder = scanRoot->root;
     treeModel = new TreeModel(scanRoot->top);
-    step3Page->treeStep3->setModel(treeModel);
+    browser->setModel(treeModel, scanThread);
 
     scanThread->fileFilter = state.fileFilter;
     scanThread->doExtra = state.doExtra != 0;
@@ -691,7 +757,7 @@ void MainWidget::startScan()
 // restore, is stopped and waited for.
 void MainWidget::releaseScan()
 {
-    step3Page->treeStep3->setModel(nullptr);
+    browser->setModel(nullptr, nullptr);
     delete treeModel;
     treeModel = nullptr;
     if (scanThread) {
@@ -705,6 +771,7 @@ void MainWidget::releaseScan()
     }
     scanRoot.reset();
     restoring = false;
+    restoredOnce = false;
 }
 
 void MainWidget::scanBegin(int total)
@@ -714,18 +781,26 @@ void MainWidget::scanBegin(int total)
 
 void MainWidget::scanOne(int done)
 {
-    step3Page->scanProgressBar->setValue(ScanClock::percent(quint64(qMax(done, 0)), quint64(qMax(state.scanTotal, 0))));
+    const quint64 total = quint64(qMax(state.scanTotal, 0));
+    clock.progress(quint64(qMax(done, 0)), total);
+    step3Page->scanProgressBar->setValue(ScanClock::percent(quint64(qMax(done, 0)), total));
 }
 
 void MainWidget::scanDone(quint64 results, quint64)
 {
     state.resultCount = results;
     state.scanFinished = true;
-    step3Page->scanProgressBar->setValue(100);
+    const bool stopped = scanThread && scanThread->runState == PartScan::Stopped;
+    if (!stopped)
+        step3Page->scanProgressBar->setValue(100);
     step3Page->nextButton->setEnabled(true);
-    step3Page->remainingLabel->setText(QStringLiteral("00:00:00"));
+    step3Page->pauseButton->setEnabled(false);
+    step3Page->stopButton->setEnabled(false);
+    showScanFigures();
+    step3Page->remainingLabel->setText(stopped ? tr("已停止") : QStringLiteral("00:00:00"));
     refreshTree();
-    showMessage(tr("扫描完成！\n如果您对扫描结果不满意，可以尝试使用另外两种恢复模式。"));
+    step3Page->summaryLabel->setText(ScanSummary::of(scanRoot ? scanRoot->root : nullptr).text());
+    showMessage(stopped ? tr("已停止") : tr("扫描完成！\n如果您对扫描结果不满意，可以尝试使用另外两种恢复模式。"));
 }
 
 void MainWidget::diskScanBegin(int, const QString&) {}
@@ -735,9 +810,7 @@ void MainWidget::timerTimeout()
 {
     if (state.scanFinished || !state.scanRunning)
         return;
-    ++state.elapsedSeconds;
-    step3Page->elapsedLabel->setText(ScanClock::elapsedText(state.elapsedSeconds));
-    step3Page->remainingLabel->setText(ScanClock::remainingText(state.elapsedSeconds));
+    showScanFigures();
     refreshTree();
 }
 
@@ -746,11 +819,26 @@ void MainWidget::timerTimeout()
 void MainWidget::refreshTree()
 {
     step3Page->treeStep3->doItemsLayout();
+    browser->refresh();
+}
+
+void MainWidget::showScanFigures()
+{
+    state.elapsedSeconds = int(clock.elapsedMsecs() / 1000);
+    step3Page->elapsedLabel->setText(ScanClock::durationText(clock.elapsedMsecs()));
+    step3Page->remainingLabel->setText(ScanClock::durationText(clock.remainingMsecs()));
+    const int found = scanRoot ? ScanSummary::of(scanRoot->root).files : 0;
+    step3Page->foundLabel->setText(tr("已完成 %1%，已找到 %2 个文件")
+                                       .arg(step3Page->scanProgressBar->value())
+                                       .arg(found));
 }
 
 void MainWidget::pauseButton_clicked()
 {
+    if (state.scanFinished)
+        return;
     state.scanRunning = !state.scanRunning;
+    clock.setRunning(state.scanRunning);
     if (scanThread)
         scanThread->setRunning(state.scanRunning);
 }
@@ -785,48 +873,13 @@ void MainWidget::treeStep3_itemCollapsed(const QModelIndex& index)
     step3Page->treeStep3->model()->setData(index, false, Qt::DecorationRole);
 }
 
-void MainWidget::treeStep3_clicked(const QModelIndex& index)
-{
-    if (!index.isValid() || index.model() != treeModel)
-        return;
-    state.currentFolder = index;
-    auto* folder = static_cast<FolderNode*>(index.internalPointer());
-    if (state.displayMode == 1)
-        FileListRows::fill(state.currentFileList, folder, iconMap);
-    else if (state.displayMode == 2)
-        IconListRows::fill(state.currentIconList, folder, scanThread, [this](const QString& text) { showMessage(text); });
-}
-
 void MainWidget::displayModeChanged(int id)
 {
     state.displayMode = quint8(id);
     const bool list = id == 1;
     step3Page->treeStep3ForList->setVisible(list);
     step3Page->listStep3ForIcon->setVisible(!list);
-    for (QWidget* button : {static_cast<QWidget*>(step3Page->fileNameButton), static_cast<QWidget*>(step3Page->lastModificationButton), static_cast<QWidget*>(step3Page->fileSizeButton)})
-        button->setVisible(list);
-    treeStep3_clicked(state.currentFolder);
-}
-
-void MainWidget::fileNameButton_clicked()
-{
-    sortFileList(0);
-}
-
-void MainWidget::lastModificationButton_clicked()
-{
-    sortFileList(1);
-}
-
-void MainWidget::fileSizeButton_clicked()
-{
-    sortFileList(2);
-}
-
-void MainWidget::sortFileList(int column)
-{
-    if (state.displayMode == 1)
-        step3Page->treeStep3ForList->sortItems(column, Qt::AscendingOrder);
+    browser->setDisplayMode(id);
 }
 
 void MainWidget::treeStep3ForList_doubleClicked(QTreeWidgetItem* item, int)
@@ -863,13 +916,15 @@ void MainWidget::nextbtnStep3_clicked()
     delete scanTimer;
     scanTimer = nullptr;
     step3Page->hide();
-    const SelectionSums sums = SelectionSums::of(scanThread ? scanThread->rootFolder : nullptr);
+    const SelectionSums sums = SelectionSums::of(scanThread ? scanThread->rootFolder : nullptr, browser->filter());
     state.selectedCount = sums.count;
     state.selectedSize = sums.size;
     if (step4Page)
         showPage(step4Page);
     else
         buildStep4Page();
+    if (!restoring && !restoredOnce)
+        step4Page->startRun(state.driveLetter);
     step4Page->selectedCount->setText(Step4Page::red(QString::number(sums.count)));
     showSize(step4Page->selectedSize, step4Page->selectedUnit, sums.size);
 }
@@ -882,7 +937,10 @@ void MainWidget::showSize(QLabel* value, QLabel* unit, quint64 bytes)
 
 void MainWidget::chooseDir_clicked()
 {
-    const QString dir = QFileDialog::getExistingDirectory(this, QString(), QStringLiteral("/home"),
+    // From the folder typed or chosen last, else the user's home.
+    const QString typed = QDir::fromNativeSeparators(step4Page->restoreDirEdit->text().trimmed());
+    const QString start = !typed.isEmpty() && QFileInfo(typed).isDir() ? typed : QDir::homePath();
+    const QString dir = QFileDialog::getExistingDirectory(this, tr("选择恢复文件夹"), start,
                                                           QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
     if (!dir.isEmpty())
         step4Page->restoreDirEdit->setText(QDir::toNativeSeparators(dir));
@@ -900,7 +958,7 @@ void MainWidget::browseButtonClicked()
 
 void MainWidget::restoreButtonClicked()
 {
-    const QString dir = step4Page->restoreDirEdit->text();
+    const QString dir = QDir::fromNativeSeparators(step4Page->restoreDirEdit->text().trimmed());
     if (dir.isEmpty()) {
         showMessage(tr("请选择恢复文件夹"));
         return;
@@ -909,12 +967,39 @@ void MainWidget::restoreButtonClicked()
         return;
     // scanDone comes at the very end of run(); the thread may not have left it yet.
     scanThread->wait();
+    if (!planRestore(dir))
+        return;
     restoring = true;
-    step4Page->restoreProgressBar->setValue(0);
-    scanThread->setRestoreDir(QDir::fromNativeSeparators(dir));
+    restoredOnce = true;
+    step4Page->startRun(state.driveLetter);
+    scanThread->setRestoreDir(dir);
     restoredCount = 0;
     restoredBytes = 0;
     scanThread->start(QThread::InheritPriority);
+}
+
+// The checks before a restore: the folder takes files and has room, and the
+// user agrees to what would be overwritten. False when the restore is off.
+bool MainWidget::planRestore(const QString& dir)
+{
+    scanThread->filter = browser->filter();
+    restorePlan = std::make_unique<RestorePlan>(RestorePlan::of(scanThread->rootFolder, dir, false, scanThread->filter));
+    const QString problem = RestoreTargetCheck::problem(dir, restorePlan->bytes);
+    if (!problem.isEmpty()) {
+        showMessage(problem);
+        return false;
+    }
+    scanThread->keepBoth = false;
+    const int taken = restorePlan->existing();
+    if (taken == 0)
+        return true;
+    const int answer = WizardMessages::ask(this, tr("目标文件夹中已有 %1 个同名文件。是否覆盖？").arg(taken),
+                                           {tr("覆盖"), tr("保留两者"), tr("取消")});
+    if (answer == 1) {
+        scanThread->keepBoth = true;
+        restorePlan = std::make_unique<RestorePlan>(RestorePlan::of(scanThread->rootFolder, dir, true, scanThread->filter));
+    }
+    return answer == 0 || answer == 1;
 }
 
 void MainWidget::undeleteOne(quint64 size)
@@ -929,8 +1014,15 @@ void MainWidget::undeleteOne(quint64 size)
 void MainWidget::undeleteDone()
 {
     restoring = false;
-    step4Page->restoredCount->setText(Step4Page::red(QString::number(state.selectedCount)));
-    showSize(step4Page->restoredSize, step4Page->restoredUnit, state.selectedSize);
     step4Page->restoreProgressBar->setValue(100);
-    showMessage(tr("恢复完成！\n请点击\"浏览已恢复的文件\"查看。"));
+    // What is on disk at full size counts, not what the writer set out to write.
+    const QStringList failed = restorePlan ? restorePlan->missing() : QStringList();
+    const int planned = restorePlan ? int(restorePlan->entries.size()) : restoredCount;
+    step4Page->restoredCount->setText(Step4Page::red(QString::number(planned - failed.size())));
+    if (failed.isEmpty()) {
+        showMessage(tr("恢复完成！\n请点击\"浏览已恢复的文件\"查看。"));
+        return;
+    }
+    WizardMessages::inform(this, tr("已恢复 %1 个，%2 个失败").arg(planned - failed.size()).arg(failed.size()),
+                           tr("未能完整写入的文件：\n") + failed.join(QLatin1Char('\n')));
 }

@@ -1,7 +1,9 @@
 #pragma once
+#include "wizard/ScanClock.h"
 #include "wizard/WizardState.h"
 
 #include <QMap>
+#include <QSet>
 #include <QPoint>
 #include <QWidget>
 #include <memory>
@@ -10,6 +12,8 @@ class Footer;
 class MainPage;
 class PartScan;
 class QLabel;
+class RestorePlan;
+class ResultBrowser;
 class ScanRoot;
 class TreeModel;
 struct RowRef;
@@ -62,6 +66,8 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
 private slots:
     void minbtn_clicked();
@@ -78,6 +84,9 @@ private slots:
     void nextbtnStep1_clicked();
     void partitionClicked(QTreeWidgetItem* item, int column);
     void openImageButton_clicked();
+    void removeImageButton_clicked();
+    // Adds an image file's rows to Step 1, or says why it isn't a disk image.
+    void addDiskImage(const QString& path);
 
     void scanModeClicked(int id);
     void fileTypeClicked(int id);
@@ -97,15 +106,11 @@ private slots:
     void prevbtnStep3_clicked();
     void prevbtnStep3Type2_clicked();
     void nextbtnStep3_clicked();
-    void treeStep3_clicked(const QModelIndex& index);
     void treeStep3_itemExpanded(const QModelIndex& index);
     void treeStep3_itemCollapsed(const QModelIndex& index);
     void treeStep3ForList_doubleClicked(QTreeWidgetItem* item, int column);
     void listStep3ForIcon_doubleClicked(QListWidgetItem* item);
     void displayModeChanged(int id);
-    void fileNameButton_clicked();
-    void lastModificationButton_clicked();
-    void fileSizeButton_clicked();
     void pauseButton_clicked();
     void stopButton_clicked();
     void timerTimeout();
@@ -125,6 +130,7 @@ private slots:
 
 private:
     void setupTitleButtons();
+    void placeTitleButtons();
     void applyLook();
     void fadeIn();
     void enterMode(int newMode);
@@ -138,13 +144,13 @@ private:
     void setTitle(const QString& title);
 
     void resetWizardState();
-    void addDiskImage(const QString& path);
     void startScan();
     void releaseScan();
     void refreshTree();
-    void sortFileList(int column);
+    void showScanFigures();
     void preview(const RowRef& row, const QString& name);
     void showSize(QLabel* value, QLabel* unit, quint64 bytes);
+    bool planRestore(const QString& dir);
     void buildStep1Page();
     void buildStep2Page();
     void buildStep3Page();
@@ -154,9 +160,9 @@ private:
     TitleBar* titleBar;
     MainPage* content;
     Footer* footer;
-    QToolButton* minButton;
-    QToolButton* maxButton;
-    QToolButton* closeButton;
+    QToolButton* minButton = nullptr;
+    QToolButton* maxButton = nullptr;
+    QToolButton* closeButton = nullptr;
     QPoint dragOffset;
     bool dragging = false;
 
@@ -170,9 +176,14 @@ private:
     PartScan* scanThread = nullptr;
     std::unique_ptr<ScanRoot> scanRoot; // the nodes above scanThread's tree
     TreeModel* treeModel = nullptr;
+    ResultBrowser* browser = nullptr; // Step 3's result half, with the page
     QTimer* scanTimer = nullptr;
+    ScanClock clock; // elapsed and remaining time of the scan
     bool restoring = false; // from "恢复" to undeleteDone
+    bool restoredOnce = false; // a restore of this scan ran: Step 4 keeps its figures
     int restoredCount = 0;
+    std::unique_ptr<RestorePlan> restorePlan; // of the restore under way or last run
     quint64 restoredBytes = 0;
     QMap<QString, QString> iconMap; // extension with its dot -> icon path
+    QSet<int> openedImages; // disks added by "打开磁盘映像…"
 };

@@ -1,31 +1,83 @@
 #include "wizard/ScanClock.h"
 
-#include <QTime>
+#include <QElapsedTimer>
 
 namespace {
-constexpr int kCountdownSeconds = 600;
-constexpr int kDaySeconds = 24 * 60 * 60;
-
-QString timeOfDay(int seconds)
-{
-    const int wrapped = ((seconds % kDaySeconds) + kDaySeconds) % kDaySeconds;
-    return QTime(0, 0).addSecs(wrapped).toString(QStringLiteral("HH:mm:ss"));
-}
+// Below this much work done or time spent, a rate says nothing yet.
+constexpr qint64 kMinMeasuredMsecs = 500;
+constexpr qint64 kSecondsPerHour = 3600;
 } // namespace
 
-QString ScanClock::elapsedText(int seconds)
+ScanClock::ScanClock(Now now) : now(std::move(now)) {}
+
+ScanClock::Now ScanClock::steadyNow()
 {
-    return timeOfDay(seconds);
+    return [] {
+        static QElapsedTimer timer;
+        if (!timer.isValid())
+            timer.start();
+        return timer.elapsed();
+    };
 }
 
-QString ScanClock::remainingText(int elapsedSeconds)
+void ScanClock::start()
 {
-    return timeOfDay(kCountdownSeconds - elapsedSeconds);
+    startedAt = now();
+    pausedAt = -1;
+    pausedMsecs = 0;
+    done = total = 0;
+    doneAt = 0;
 }
 
-int ScanClock::percent(quint64 done, quint64 total)
+void ScanClock::setRunning(bool running)
 {
-    if (total == 0)
+    if (!running && pausedAt < 0) {
+        pausedAt = now();
+    } else if (running && pausedAt >= 0) {
+        pausedMsecs += now() - pausedAt;
+        pausedAt = -1;
+    }
+}
+
+void ScanClock::progress(quint64 doneNow, quint64 totalNow)
+{
+    done = doneNow;
+    total = totalNow;
+    doneAt = elapsedMsecs();
+}
+
+qint64 ScanClock::elapsedMsecs() const
+{
+    const qint64 end = pausedAt >= 0 ? pausedAt : now();
+    return qMax<qint64>(0, end - startedAt - pausedMsecs);
+}
+
+qint64 ScanClock::remainingMsecs() const
+{
+    if (done == 0 || total == 0 || doneAt < kMinMeasuredMsecs)
+        return -1;
+    if (done >= total)
         return 0;
-    return int(qMin<quint64>(done * 100 / total, 100));
+    const double msecsPerUnit = double(doneAt) / double(done);
+    // Time since the last report is already part of what is left.
+    const double left = double(total - done) * msecsPerUnit - double(elapsedMsecs() - doneAt);
+    return qMax<qint64>(0, qint64(left));
+}
+
+QString ScanClock::durationText(qint64 msecs)
+{
+    if (msecs < 0)
+        return QStringLiteral("--:--:--");
+    const qint64 seconds = msecs / 1000;
+    return QStringLiteral("%1:%2:%3")
+        .arg(seconds / kSecondsPerHour, 2, 10, QLatin1Char('0'))
+        .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
+        .arg(seconds % 60, 2, 10, QLatin1Char('0'));
+}
+
+int ScanClock::percent(quint64 doneNow, quint64 totalNow)
+{
+    if (totalNow == 0)
+        return 0;
+    return int(qMin<quint64>(doneNow * 100 / totalNow, 100));
 }

@@ -2,7 +2,6 @@
 #include "results/FolderNode.h"
 #include "results/ResultTreeLock.h"
 
-#include <QDebug>
 #include <QReadLocker>
 
 namespace {
@@ -23,7 +22,7 @@ Scaled scaled(quint64 bytes)
 }
 } // namespace
 
-SelectionSums SelectionSums::of(FolderNode* root)
+SelectionSums SelectionSums::of(FolderNode* root, const ResultFilter& filter)
 {
     SelectionSums sums;
     if (!root)
@@ -32,9 +31,8 @@ SelectionSums SelectionSums::of(FolderNode* root)
     QList<FolderNode*> work{root};
     while (!work.isEmpty()) {
         FolderNode* folder = work.takeLast();
-        qDebug() << folder->name << "checkState" << folder->checkState;
-        if (folder->checkState != Qt::Unchecked) {
-            for (const FoundFile* file : folder->files) {
+        for (const FoundFile* file : folder->files) {
+            if (file->selected && filter.matches(*file)) {
                 ++sums.count;
                 sums.size += file->size;
             }

@@ -1,22 +1,28 @@
 #include "wizard/Step1Page.h"
 #include "wizard/DeviceTreeRows.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QTreeWidget>
+#include <QVBoxLayout>
 
-Step1Page::Step1Page(QWidget* parent) : StepPage(parent, QRect(590, 502, 70, 25), QRect(672, 502, 70, 25))
+Step1Page::Step1Page(QWidget* parent) : StepPage(parent, true)
 {
     caption = new QLabel(box);
-    caption->setGeometry(128, 12, 250, 32);
     QFont font = caption->font();
     font.setBold(true);
     caption->setFont(font);
+    content->addWidget(caption);
 
-    auto* frame = new QWidget(box);
-    frame->setGeometry(128, 47, 616, 444);
-    frame->setStyleSheet(QStringLiteral("border:1px solid #bfbec1"));
-    deviceTree = new QTreeWidget(frame);
-    deviceTree->setGeometry(1, 1, 614, 442);
+    deviceTree = new QTreeWidget(box);
+    deviceTree->setStyleSheet(QStringLiteral("QTreeWidget{border:1px solid #bfbec1}"));
     DeviceTreeRows::setupTree(deviceTree);
-    openImageButton = addButton(tr("打开磁盘映像…"), QRect(128, 502, 120, 25));
+    content->addWidget(deviceTree, 1);
+
+    openImageButton = addButton(tr("打开磁盘映像…"));
+    removeImageButton = addButton(tr("移除映像"));
+    removeImageButton->setEnabled(false);
+    buttonRow->insertWidget(0, openImageButton);
+    buttonRow->insertWidget(1, removeImageButton);
 }

@@ -16,4 +16,5 @@ public:
     QLabel* caption;
     QTreeWidget* deviceTree;
     QPushButton* openImageButton; // adds a disk or volume image file to the tree
+    QPushButton* removeImageButton; // takes the current image's rows off again
 };

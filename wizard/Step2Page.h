@@ -25,7 +25,7 @@ public:
     QTreeWidget* treeStep2;       // one item per category, its types below
 
 private:
-    QLabel* addHeading(const QString& text, int top);
-    QRadioButton* addRadio(const QString& text, const QRect& place);
-    QCheckBox* addCheckBox(const QString& text, const QRect& place);
+    QLabel* addHeading(const QString& text);
+    QRadioButton* addRadio(const QString& text);
+    QCheckBox* addCheckBox(const QString& text);
 };

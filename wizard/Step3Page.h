@@ -1,11 +1,15 @@
 #pragma once
 #include "wizard/StepPage.h"
 
+class FilterBar;
 class MyButton;
+class PreviewPane;
 class QButtonGroup;
+class QHBoxLayout;
 class QLabel;
 class QListWidget;
 class QProgressBar;
+class QSplitter;
 class QTreeView;
 class QTreeWidget;
 
@@ -21,20 +25,21 @@ public:
     MyButton* stopButton;
     QLabel* elapsedLabel;
     QLabel* remainingLabel;
+    QLabel* foundLabel;   // percent done and files found
+    QLabel* summaryLabel; // what the scan found, by kind, once it ended
 
+    QHBoxLayout* toolRow; // times, counts and the display switch
+    FilterBar* filterBar;
+    QSplitter* splitter;  // tree | files | whatever a pane adds
     QTreeView* treeStep3;
     QTreeWidget* treeStep3ForList;
     QListWidget* listStep3ForIcon;
-    QPushButton* fileNameButton;
-    QPushButton* lastModificationButton;
-    QPushButton* fileSizeButton;
+    PreviewPane* previewPane;
     QButtonGroup* displayGroup; // 1 list, 2 icons
 
 private:
     void buildScanControls();
     void buildResultViews();
-    void buildListHeader();
     void buildDisplaySwitch();
-    QLabel* addLabel(const QString& text, int left, int top);
-    QPushButton* addHeaderButton(const QString& text, const QRect& place);
+    QLabel* addLabel(const QString& text, QHBoxLayout* row);
 };

@@ -1,6 +1,7 @@
 #pragma once
 #include "wizard/StepPage.h"
 
+class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QProgressBar;
@@ -9,11 +10,14 @@ class QProgressBar;
 class Step4Page : public StepPage {
     Q_OBJECT
 public:
-    // The warning names the drive letter chosen when the page is first built.
-    Step4Page(QWidget* parent, char driveLetter);
+    explicit Step4Page(QWidget* parent);
 
     // A figure in red, as the page shows its values.
     static QString red(const QString& value);
+
+    // A fresh page for a new run: the warning names this run's drive letter
+    // ('@' for none), the restored figures and the bar go back to zero.
+    void startRun(char driveLetter);
 
     QLineEdit* restoreDirEdit;
     QPushButton* chooseDir;
@@ -30,14 +34,8 @@ public:
     QPushButton* returnToMainButton;
 
 private:
-    void buildInformationPanel(char driveLetter);
-    struct FigureRow {
-        int captionLeft;
-        int valueLeft;
-        int unitLeft;
-        int top;
-    };
-    // A caption, its value and its unit in one row of the panel; returns the value.
-    QLabel* addFigure(QWidget* panel, const QString& caption, const FigureRow& row, QLabel** unit,
+    QWidget* buildInformationPanel();
+    // A caption, its value and its unit in one row of the panel's grid; returns the value.
+    QLabel* addFigure(QGridLayout* grid, int row, int column, const QString& caption, QLabel** unit,
                       const QString& unitText);
 };

@@ -1,7 +1,7 @@
 #include "exfat/ExfatBootSector.h"
-#include "exfat/ExfatDirectory.h"
+#include "exfat/ExfatEntrySet.h"
 #include "exfat/ExfatTimestamp.h"
-#include "fixtures/ExfatImageBuilder.h"
+#include "imaging/ExfatImageBuilder.h"
 
 #include <gtest/gtest.h>
 
@@ -122,25 +122,6 @@ TEST(ExfatEntrySet, DecodesLiveAndDeletedSetsAndRefusesBrokenOnes)
         EXPECT_TRUE(s.noFatChain);
         EXPECT_EQ(s.modifiedMsecs, 1603771260000u) << "2020-10-27 04:01:00 UTC";
     }
-}
-
-TEST(ExfatDirectory, SkipsBrokenSetsAndFindsTheBitmap)
-{
-    ExfatImageBuilder b(64);
-    Entry broken = entry(QStringLiteral("broken.txt"), true);
-    broken.breakChecksum = true;
-    b.addEntrySet(ExfatImageBuilder::kRoot, entry(QStringLiteral("a.txt")));
-    b.addEntrySet(ExfatImageBuilder::kRoot, broken);
-    b.addEntrySet(ExfatImageBuilder::kRoot, entry(QStringLiteral("b.txt"), true));
-    const QByteArray image = b.image();
-    const auto* root = reinterpret_cast<const uchar*>(image.constData() + b.clusterOffset(ExfatImageBuilder::kRoot));
-    const ExfatDirectory dir = ExfatDirectory::read(root, ExfatImageBuilder::kClusterBytes);
-    ASSERT_EQ(dir.sets.size(), 2);
-    EXPECT_EQ(dir.sets[0].name, QStringLiteral("a.txt"));
-    EXPECT_EQ(dir.sets[1].name, QStringLiteral("b.txt"));
-    EXPECT_EQ(dir.corruptSets, 1);
-    EXPECT_EQ(dir.bitmapCluster, ExfatImageBuilder::kBitmapCluster);
-    EXPECT_EQ(dir.bitmapBytes, 8u);
 }
 
 TEST(ExfatTimestamp, TakesTenMillisecondStepsAndTheZone)

@@ -1,5 +1,5 @@
 #include "exfat/ExfatVolume.h"
-#include "fixtures/ExfatImageBuilder.h"
+#include "imaging/ExfatImageBuilder.h"
 #include "imaging/Fat32ImageBuilder.h"
 
 #include <gtest/gtest.h>

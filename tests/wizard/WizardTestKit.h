@@ -1,17 +1,15 @@
 #pragma once
 #include <QApplication>
 #include <QBuffer>
-#include <QDialog>
 #include <QImage>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStringList>
 #include <QTimer>
 
-// Answers modal windows for as long as it lives, so that a slot waiting in
-// exec() goes on: message boxes through their first button (their texts kept
-// in order) and, with rejectDialogs, other dialogs by rejecting them (their
-// class names kept). For windows that come at no fixed point of a test.
+// Answers every message box for as long as it lives, keeping their texts in
+// order, so that a slot waiting in exec() goes on: for boxes that come from
+// queued signals (the end of a scan or a restore) at no fixed point of a test.
 class MessageRecorder {
 public:
     MessageRecorder()
@@ -20,22 +18,15 @@ public:
         timer.start(5);
     }
     QStringList texts;
-    QStringList dialogs;
-    bool rejectDialogs = false;
 
 private:
     void answer()
     {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (!dialog || !dialog->isVisible())
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box || !box->isVisible())
             return;
-        if (auto* box = qobject_cast<QMessageBox*>(dialog)) {
-            texts.append(box->text());
-            box->buttons().first()->click();
-        } else if (rejectDialogs) {
-            dialogs.append(QString::fromLatin1(dialog->metaObject()->className()));
-            dialog->reject();
-        }
+        texts.append(box->text());
+        box->buttons().first()->click();
     }
     QTimer timer;
 };

@@ -30,8 +30,6 @@ private slots:
     void myButtonFiresOnPressWithAnyButton();
     void doubleClickOnTitleIsSwallowed();
     void dragMovesOnlyWithTheLeftButton();
-    void footerButtonsOpenTheirDialogs_data();
-    void footerButtonsOpenTheirDialogs();
 
 private:
     std::unique_ptr<MainWidget> window;
@@ -105,24 +103,6 @@ void TestShell::dragMovesOnlyWithTheLeftButton()
     mouse(w, QEvent::MouseButtonRelease, grip + QPoint(50, 20), Qt::RightButton, Qt::LeftButton);
     mouse(w, QEvent::MouseMove, grip + QPoint(90, 90), Qt::NoButton, Qt::LeftButton);
     QCOMPARE(window->pos(), start + QPoint(50, 20));
-}
-
-void TestShell::footerButtonsOpenTheirDialogs_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("dialog");
-    QTest::newRow("about") << "pushButtonAbout" << "DialogAbout";
-    QTest::newRow("contact") << "pushButtonContactUs" << "DialogContactUs";
-}
-
-void TestShell::footerButtonsOpenTheirDialogs()
-{
-    QFETCH(QString, button);
-    QFETCH(QString, dialog);
-    MessageRecorder answer;
-    answer.rejectDialogs = true;
-    QTest::mouseClick(window->findChild<QWidget*>(button), Qt::LeftButton);
-    QCOMPARE(answer.dialogs, QStringList{dialog});
 }
 
 QTEST_MAIN(TestShell)
