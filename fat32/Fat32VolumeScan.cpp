@@ -285,7 +285,8 @@ void Fat32VolumeScan::carvingPass(quint64* running, quint64* results, quint64* t
     c.runningNumber = running;
     c.results = results;
     c.totalSize = totalSize;
-    CarvingPass::runFat32(c, {clusterBytes, dataOffset, fatBytes});
+    // Clusters in use hold live files, whatever their first bytes look like.
+    CarvingPass::runFat32(c, {clusterBytes, dataOffset, fatBytes, [this](quint64 cluster) { return fat && fat->isFree(cluster); }});
 }
 
 void Fat32VolumeScan::forEachSpan(const Fat32File* file, const SpanVisitor& visit) const

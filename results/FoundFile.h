@@ -9,4 +9,5 @@ struct FoundFile {
     QString name;                // without path; generated for carved files
     quint64 modifiedMsecs = 0;   // ms since 1970-01-01 UTC; 0 when unknown
     quint64 size = 0;            // bytes
+    bool cut = false;            // carved: the file's structure broke off here, its rest is missing
 };
