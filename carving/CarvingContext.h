@@ -1,4 +1,7 @@
 #pragma once
+#include "results/Extent.h"
+
+#include <QString>
 #include <QtGlobal>
 #include <functional>
 
@@ -19,6 +22,11 @@ struct CarvingContext {
     quint64* runningNumber = nullptr;
     quint64* results = nullptr;
     quint64* totalSize = nullptr;
+    // Where the files the metadata pass listed lie on the volume, in ascending
+    // order without overlaps: no carved file starts or runs in them.
+    Extents listed;
+    // Whether a found file of this name is of a type the user chose; empty: all are.
+    std::function<bool(const QString& name)> accepts;
 };
 
 // An NTFS volume as the pass walks it: the clear bits of the cluster bitmap

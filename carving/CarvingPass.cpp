@@ -8,6 +8,7 @@
 #include "scan/CheckedMath.h"
 
 #include <QDebug>
+#include <algorithm>
 
 namespace {
 constexpr quint64 kFat32FirstDataCluster = 2; // clusters 0 and 1 have FAT entries but no place on disk
@@ -79,9 +80,8 @@ bool CarvingPass::runFat32(const CarvingContext& context, const Fat32CarvingGeom
     region.free = geometry.clusterFree;
     return run(context, region, false, [](const Found& found) {
         auto* file = new Fat32File;
-        file->clusters.reserve(qsizetype(found.blocks));
-        for (quint64 i = 0; i < found.blocks; ++i)
-            file->clusters.append(uint(found.firstBlock + i));
+        file->firstCluster = quint32(found.firstBlock);
+        file->carvedClusters = quint32(found.blocks);
         return file;
     });
 }
@@ -123,6 +123,18 @@ bool CarvingPass::checkDue()
     return stop;
 }
 
+bool CarvingPass::isListed(quint64 block) const
+{
+    const Extents& listed = m_context.listed;
+    if (listed.isEmpty() || block < m_region.firstBlock)
+        return false;
+    const quint64 offset = m_region.firstOffset + (block - m_region.firstBlock) * m_region.blockBytes;
+    // The last extent that starts before the block's end.
+    auto it = std::upper_bound(listed.begin(), listed.end(), offset + m_region.blockBytes - 1,
+                               [](quint64 at, const Extent& e) { return at < e.offset; });
+    return it != listed.begin() && std::prev(it)->offset + std::prev(it)->length > offset;
+}
+
 quint64 CarvingPass::freeBlocksFrom(quint64 block, quint64 blocks) const
 {
     quint64 n = 0;
@@ -161,6 +173,9 @@ quint64 CarvingPass::carve(const uchar* head, size_t headBytes, quint64 block)
 void CarvingPass::file(const CarveEnd& end, quint64 block, quint64 blocks, const QString& fallbackExtension)
 {
     const QString extension = end.extension.isEmpty() ? fallbackExtension : end.extension;
+    // A type the user left out is passed over like any found file, but not listed.
+    if (m_context.accepts && !m_context.accepts(QLatin1Char('.') + extension))
+        return;
     FoundFile* record = m_record({block, blocks});
     record->name = m_folders.takeName(extension, end.stem, *m_context.runningNumber);
     record->modifiedMsecs = end.modifiedMsecs;

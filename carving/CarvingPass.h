@@ -41,7 +41,8 @@ private:
     bool blockSizeUsable() const;
     bool walk();
     bool checkDue();
-    bool isFree(quint64 block) const { return !m_region.free || m_region.free(block); }
+    bool isFree(quint64 block) const { return (!m_region.free || m_region.free(block)) && !isListed(block); }
+    bool isListed(quint64 block) const;
     // Carves at a block whose header matched; returns the blocks it covers (0: none).
     quint64 carve(const uchar* head, size_t headBytes, quint64 block);
     quint64 freeBlocksFrom(quint64 block, quint64 blocks) const;

@@ -39,7 +39,8 @@ TEST(CarvingPass, CarvesWholeFilesFromFreeBlocksOnly)
         QStringList expected;
     };
     // 4 KiB blocks: the photo at 2 (169 blocks, block 100 in use), the logo at
-    // 200 (in use: a listed or live file), the PDF at 210. On FAT32 block n is cluster n.
+    // 200 (on NTFS its first cluster is marked, on FAT32 it is a listed file's),
+    // the PDF at 210. On FAT32 block n is cluster n.
     const Case cases[] = {
         {true, {"JPG文件-00001/IMG_20200912_114938.jpg 401408 cut lcn2+98", "PDF文件-00001/F000000211.pdf 18505 lcn210+5"}},
         {false, {"JPG文件-00001/IMG_20200912_114938.jpg 401408 cut c2+98", "PDF文件-00001/F000000209.pdf 18505 c210+5"}},
@@ -51,8 +52,10 @@ TEST(CarvingPass, CarvesWholeFilesFromFreeBlocksOnly)
         v.put(200 - shift, logo);
         v.put(210 - shift, pdf);
         std::vector<quint8> bitmap(300 / 8, 0);
-        for (quint64 used : {0, 1, 100, 200})
+        for (quint64 used : {0, 1, 100, c.ntfs ? 200 : 0})
             bitmap[used / 8] |= quint8(1 << (used % 8));
+        if (!c.ntfs)
+            v.listed = {{(200 - 2) * 4096 + 100, 10}};
         auto free = [&bitmap](quint64 b) { return !(bitmap[b / 8] >> (b % 8) & 1); };
         if (c.ntfs) {
             EXPECT_TRUE(runNtfs(v, &bitmap));

@@ -57,6 +57,7 @@ struct CarvingVolume {
         c.runningNumber = &running;
         c.results = &results;
         c.totalSize = &totalSize;
+        c.listed = listed;
         return c;
     }
 
@@ -72,7 +73,7 @@ struct CarvingVolume {
                 if (auto* n = dynamic_cast<NtfsFile*>(f))
                     extent = QStringLiteral("lcn%1+%2").arg(n->runs[0]->lcn).arg(n->runs[0]->length);
                 else if (auto* fat = dynamic_cast<Fat32File*>(f))
-                    extent = QStringLiteral("c%1+%2").arg(fat->clusters.first()).arg(fat->clusters.size());
+                    extent = QStringLiteral("c%1+%2").arg(fat->firstCluster).arg(fat->carvedClusters);
                 out << QStringLiteral("%1/%2 %3%4 %5").arg(kind->name, f->name).arg(f->size).arg(f->cut ? " cut" : "", extent);
             }
         }
@@ -83,6 +84,7 @@ struct CarvingVolume {
     quint32 blockBytes;
     quint64 dataOffset;
     FolderNode root;
+    Extents listed;                                           // what the metadata pass found
     std::function<bool(quint64 offset, quint64 bytes)> fails; // true: that read returns -1
     std::function<bool()> onCheck;                            // the scanner's answer at a check point
     quint64 reads = 0, largestRead = 0;

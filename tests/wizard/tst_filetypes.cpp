@@ -39,7 +39,7 @@ void TestFileTypes::freshTreeHasEveryTypeTicked()
             ++rows;
         }
     }
-    QCOMPARE(rows, 141);
+    QCOMPARE(rows, 145);
     QCOMPARE(tree.topLevelItem(0)->text(0), QStringLiteral("文档类"));
     const QTreeWidgetItem* apple = tree.topLevelItem(2)->child(9);
     QCOMPARE(apple->text(0), QStringLiteral("Apple 声音文件"));
