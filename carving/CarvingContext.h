@@ -25,6 +25,8 @@ struct CarvingContext {
     // Where the files the metadata pass listed lie on the volume, in ascending
     // order without overlaps: no carved file starts or runs in them.
     Extents listed;
+    // Bytes of the volume on the device; no block behind them is walked. 0: unknown.
+    quint64 volumeBytes = 0;
     // Whether a found file of this name is of a type the user chose; empty: all are.
     std::function<bool(const QString& name)> accepts;
 };

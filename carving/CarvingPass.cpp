@@ -45,7 +45,11 @@ bool CarvingPass::run(const CarvingContext& context, const CarvingRegion& region
     qDebug("doextra");
     if (!contextUsable(context))
         return true;
-    CarvingPass pass(context, region, ntfsFolders, record);
+    CarvingRegion bounded = region;
+    // A file system that claims more blocks than the device holds is walked to the device's end only.
+    if (context.volumeBytes > region.firstOffset && region.blockBytes)
+        bounded.endBlock = qMin(region.endBlock, region.firstBlock + (context.volumeBytes - region.firstOffset) / region.blockBytes);
+    CarvingPass pass(context, bounded, ntfsFolders, record);
     return !pass.blockSizeUsable() || pass.walk();
 }
 

@@ -80,6 +80,7 @@ void VolumeScan::scan()
         c.results = &totals.results;
         c.totalSize = &totals.totalSize;
         c.listed = listedExtents();
+        c.volumeBytes = volumeBytes();
         c.accepts = [this](const QString& name) { return filterAccepts(name); };
         carveFreeBlocks(c);
     }
