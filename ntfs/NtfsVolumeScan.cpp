@@ -516,19 +516,6 @@ bool NtfsVolumeScan::fileRecordName(const uint8_t* record, int attrOffset, quint
     return true;
 }
 
-bool NtfsVolumeScan::filterAccepts(const QString& name) const
-{
-    if (fileFilter == QLatin1String("*"))
-        return true;
-    // An empty filter is one empty ending, which every name has.
-    const QStringList endings = fileFilter.split(QLatin1Char(';'), Qt::KeepEmptyParts);
-    for (const QString& ending : endings) {
-        if (name.endsWith(ending, Qt::CaseSensitive))
-            return true;
-    }
-    return false;
-}
-
 bool NtfsVolumeScan::isLive(const QStringList& folders, const QString& name) const
 {
     if (mountPoint.isEmpty())

@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QWriteLocker>
+#include <algorithm>
 #include <climits>
 #include <cstring>
 
@@ -78,12 +79,51 @@ void VolumeScan::scan()
         c.runningNumber = &totals.position;
         c.results = &totals.results;
         c.totalSize = &totals.totalSize;
+        c.listed = listedExtents();
+        c.volumeBytes = volumeBytes();
+        c.accepts = [this](const QString& name) { return filterAccepts(name); };
         carveFreeBlocks(c);
     }
     scanFinished();
     emit scanDone(totals.results, totals.totalSize);
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
+}
+
+bool VolumeScan::filterAccepts(const QString& name) const
+{
+    if (fileFilter == QLatin1String("*"))
+        return true;
+    // An empty filter is one empty ending, which every name has.
+    const QStringList endings = fileFilter.split(QLatin1Char(';'), Qt::KeepEmptyParts);
+    return std::any_of(endings.begin(), endings.end(), [&](const QString& e) { return name.endsWith(e, Qt::CaseSensitive); });
+}
+
+Extents VolumeScan::listedExtents() const
+{
+    Extents all;
+    QList<const FolderNode*> pending{rootFolder};
+    while (!pending.isEmpty()) {
+        const FolderNode* folder = pending.takeLast();
+        for (const FolderNode* child : folder->children)
+            pending.append(child);
+        for (const FoundFile* file : folder->files) {
+            Extents extents;
+            if (extentsOf(*file, &extents))
+                for (const Extent& e : extents)
+                    if (!e.hole && e.length)
+                        all.append(e);
+        }
+    }
+    std::sort(all.begin(), all.end(), [](const Extent& a, const Extent& b) { return a.offset < b.offset; });
+    Extents merged;
+    for (const Extent& e : all) {
+        if (!merged.isEmpty() && e.offset <= merged.last().offset + merged.last().length)
+            merged.last().length = qMax(merged.last().length, e.offset + e.length - merged.last().offset);
+        else
+            merged.append(e);
+    }
+    return merged;
 }
 
 bool VolumeScan::step(quint64 position)

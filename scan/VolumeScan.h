@@ -86,6 +86,10 @@ protected:
     qint64 readVolume(void* buffer, quint64 bytes, quint64 volumeOffset);
     void setVolumeBytes(quint64 bytes) { m_volumeBytes = bytes; }
     void countReadErrors(quint64 count) { m_readErrors += count; }
+    // Whether a file of this name is of a type the user chose.
+    bool filterAccepts(const QString& name) const;
+    // Where the files listed so far lie, merged, in ascending order.
+    Extents listedExtents() const;
     // Frees the tree below rootFolder under the tree's write lock.
     virtual void freeTree();
 
