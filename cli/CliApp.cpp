@@ -6,6 +6,7 @@
 #include "cli/TreeReport.h"
 #include "results/CheckStates.h"
 #include "results/FolderNode.h"
+#include "ntfs/NtfsVolumeScan.h"
 #include "scan/PartScan.h"
 #include "scan/ScannerFactory.h"
 #include "scan/device/CombinedDeviceLayer.h"
@@ -236,7 +237,7 @@ std::unique_ptr<ScanSession> makeSession(const Target& t, const ScanOptions& o, 
             return nullptr;
         }
         rootName = scanner->deviceName;
-        fat32 = ScannerFactory::kindForType(DeviceLayer::instance().partitionTypeOfLetter(t.letter)) == QLatin1String("fat32");
+        fat32 = !dynamic_cast<NtfsVolumeScan*>(scanner);
     }
     auto session = std::make_unique<ScanSession>(scanner, rootName, fat32);
     session->setOptions(o.fileFilter, o.doExtra);
