@@ -3,6 +3,8 @@
 // their boot sectors, and again by their backups once every first sector is
 // zeroed; their deleted files restored byte for byte.
 #include "diskscan/DiskScan.h"
+#include "ntfs/NtfsVolumeScan.h"
+#include "scan/device/MemorySource.h"
 #include "fixtures/CliRunner.h"
 #include "fixtures/SignalWaiter.h"
 #include "fixtures/TestPaths.h"
@@ -73,6 +75,12 @@ TEST(LostVolumes, AllFourFoundByTheirBootSectorsOrTheirBackupsAndRestored)
     QByteArray damaged = intact;
     for (const Manifest::Volume& v : manifest.volumes)
         damaged.replace(int(v.startSector * 512), 512, QByteArray(512, '\0'));
+
+    // Opened directly, as a partition, the NTFS volume takes its backup's geometry.
+    const Manifest::Volume ntfs = manifest.volumes.at(2);
+    ASSERT_EQ(ntfs.kind, "NTFS");
+    const DeviceHandle partition = DeviceHandle(std::make_shared<MemorySource>(damaged)).slice(ntfs.startSector * 512, 64 << 20);
+    EXPECT_EQ(NtfsVolumeScan("N", partition, 0).geometry.totalSectors, (64u << 20) / 512 - 1);
 
     for (bool backups : {false, true}) {
         SCOPED_TRACE(backups ? "first sectors zeroed" : "intact");
