@@ -1,6 +1,7 @@
 #include "diskscan/DiskScan.h"
 #include "diskscan/BootSectorCandidates.h"
 #include "diskscan/VolumeConfirm.h"
+#include "exfat/ExfatVolumeScan.h"
 #include "fat32/Fat32VolumeScan.h"
 #include "ntfs/NtfsVolumeScan.h"
 #include "results/FolderNode.h"
@@ -252,13 +253,16 @@ PartScan* DiskScan::scannerFor(const VolumeCandidate& c, const QString& name)
         if (NtfsVolumeScan::canOpen(handle, c.volumeStart))
             return new NtfsVolumeScan(name, handle, c.volumeStart);
         break;
+    case VolumeCandidate::Fat12:
+    case VolumeCandidate::Fat16:
     case VolumeCandidate::Fat32:
         if (Fat32VolumeScan::canOpen(handle, c.volumeStart))
             return new Fat32VolumeScan(name, handle, c.volumeStart);
         break;
-    case VolumeCandidate::Fat12:
-    case VolumeCandidate::Fat16:
     case VolumeCandidate::ExFat:
+        if (ExfatVolumeScan::canOpen(handle, c.volumeStart))
+            return new ExfatVolumeScan(name, handle, c.volumeStart);
+        break;
     case VolumeCandidate::None: break;
     }
     return nullptr;

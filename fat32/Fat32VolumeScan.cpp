@@ -3,6 +3,7 @@
 #include "fat32/Fat32DirEntry.h"
 #include "fat32/Fat32LongName.h"
 #include "fat32/Fat32Table.h"
+#include "fat32/FatEntryDecoder.h"
 #include "results/ExtentList.h"
 #include "results/Fat32File.h"
 #include "results/FolderNode.h"
@@ -48,7 +49,7 @@ void Fat32VolumeScan::parseBootSector()
     char sector[Fat32BootSector::kSectorBytes];
     if (readBlocks(sector, 1, 0, 9) <= 0)
         qFatal("%s: cannot read boot sector", kBootSectorWhere);
-    if (!Fat32BootSector::parse(sector, sizeof sector, &boot))
+    if (!Fat32BootSector::parseAny(sector, sizeof sector, &boot))
         qFatal("%s: it's not a valid fat32 volume", kBootSectorWhere);
     const quint64 device = bytesFromVolumeStart();
     setVolumeBytes(boot.volumeBytes ? qMin(boot.volumeBytes, device) : device);
@@ -62,7 +63,7 @@ bool Fat32VolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
     char sector[Fat32BootSector::kSectorBytes];
     Fat32BootSector boot;
     return handle.read(sector, sizeof sector, partOffset) == qint64(sizeof sector)
-        && Fat32BootSector::parse(sector, sizeof sector, &boot);
+        && Fat32BootSector::parseAny(sector, sizeof sector, &boot);
 }
 
 bool Fat32VolumeScan::clusterOffset(quint32 cluster, uint64_t* offset) const
@@ -84,9 +85,18 @@ const Fat32Table& Fat32VolumeScan::table() const
     QMutexLocker lock(&m_fatLock);
     if (!m_fat) {
         m_fat = std::make_unique<Fat32Table>(boot.usableFatEntries(bytesFromVolumeStart()));
+        auto* self = const_cast<Fat32VolumeScan*>(this);
         // One read of the whole table; what a short or failed read leaves stays 0.
-        const_cast<Fat32VolumeScan*>(this)->readVolume(m_fat->bytes(), m_fat->byteCount(), boot.fatOffset);
-        m_fat->fixByteOrder();
+        if (boot.fatBits == 32) {
+            self->readVolume(m_fat->bytes(), m_fat->byteCount(), boot.fatOffset);
+            m_fat->fixByteOrder();
+        } else {
+            // A narrow FAT is widened to 32-bit entries with FAT32's marks.
+            QByteArray raw(int((m_fat->entryCount() * quint64(boot.fatBits) + 7) / 8), '\0');
+            self->readVolume(raw.data(), quint64(raw.size()), boot.fatOffset);
+            FatEntryDecoder::decode(reinterpret_cast<const uchar*>(raw.constData()), size_t(raw.size()), boot.fatBits,
+                                    reinterpret_cast<quint32*>(m_fat->bytes()), m_fat->entryCount());
+        }
     }
     return *m_fat;
 }
@@ -111,6 +121,10 @@ bool Fat32VolumeScan::scanMetadata(ScanTotals& totals)
 
 void Fat32VolumeScan::readDirectory(Walk& walk, Directory& dir)
 {
+    if (dir.root && boot.rootDirBytes) {
+        readFixedRoot(walk, dir);
+        return;
+    }
     if (walk.clustersRead.contains(dir.firstCluster))
         return;
     const QList<uint> chain = table().chain(dir.firstCluster);
@@ -134,6 +148,15 @@ void Fat32VolumeScan::readDirectory(Walk& walk, Directory& dir)
         if (!readEntries(walk, dir, data, got))
             return;
     }
+}
+
+// FAT12 and FAT16 keep the root in a region of its own between the FATs and cluster 2.
+void Fat32VolumeScan::readFixedRoot(Walk& walk, Directory& dir)
+{
+    QByteArray region(int(boot.rootDirBytes), '\0');
+    const qint64 got = readVolume(region.data(), boot.rootDirBytes, boot.rootDirOffset);
+    if (got > 0)
+        readEntries(walk, dir, reinterpret_cast<const uchar*>(region.constData()), got);
 }
 
 // False when the directory ends here: its end mark, or a stop.
@@ -203,7 +226,8 @@ FolderNode* Fat32VolumeScan::folderOf(Directory& dir)
 
 void Fat32VolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
-    CarvingPass::runFat32(context, {boot.clusterBytes, boot.dataOffset, boot.fatBytes});
+    // The pass counts 32-bit entries; a narrow FAT has as many clusters as its widened table.
+    CarvingPass::runFat32(context, {boot.clusterBytes, boot.dataOffset, table().byteCount()});
 }
 
 bool Fat32VolumeScan::hasContent(const FoundFile& found) const

@@ -54,6 +54,7 @@ private:
     // after the scan too.
     const Fat32Table& table() const;
     void readDirectory(Walk& walk, Directory& dir);
+    void readFixedRoot(Walk& walk, Directory& dir);
     bool readEntries(Walk& walk, Directory& dir, const uchar* data, qint64 bytes);
     void takeEntry(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& name);
     void fileDeleted(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& name);

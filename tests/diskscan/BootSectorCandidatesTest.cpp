@@ -1,6 +1,6 @@
 #include "diskscan/BootSectorCandidates.h"
-#include "fixtures/Fat32ImageBuilder.h"
-#include "fixtures/NtfsImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
+#include "imaging/NtfsImageBuilder.h"
 
 #include <QtEndian>
 #include <gtest/gtest.h>

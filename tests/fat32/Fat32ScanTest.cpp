@@ -3,7 +3,7 @@
 #include "results/Fat32File.h"
 #include "scan/VolumeHarness.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/Fat32ImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -4,8 +4,8 @@
 #include "results/NtfsFile.h"
 #include "scan/VolumeHarness.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/DiskImageBuilder.h"
-#include "fixtures/NtfsImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
+#include "imaging/NtfsImageBuilder.h"
 #include "scan/device/ImageDeviceLayer.h"
 
 #include <QDateTime>

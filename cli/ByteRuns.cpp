@@ -1,0 +1,67 @@
+#include "cli/ByteRuns.h"
+#include "fat32/Fat32VolumeScan.h"
+#include "ntfs/NtfsVolumeScan.h"
+#include "results/Fat32File.h"
+#include "results/NtfsFile.h"
+#include "scan/CheckedMath.h"
+
+namespace {
+// Appends a run, joining it to the last one when it continues it on the image.
+void append(QList<ByteRuns::Run>* runs, ByteRuns::Run run, quint64 fileSize)
+{
+    if (run.fileOffset >= fileSize)
+        return;
+    run.length = qMin(run.length, fileSize - run.fileOffset);
+    if (!runs->isEmpty()) {
+        ByteRuns::Run& last = runs->last();
+        if (last.fileOffset + last.length == run.fileOffset && last.imageOffset + last.length == run.imageOffset) {
+            last.length += run.length;
+            return;
+        }
+    }
+    runs->append(run);
+}
+
+QList<ByteRuns::Run> ntfsRuns(const NtfsVolumeScan& scan, const NtfsFile& file)
+{
+    QList<ByteRuns::Run> runs;
+    if (file.resident)
+        return runs; // the record's fix-ups make its raw bytes differ from the content
+    const quint64 base = scan.handle.base() + scan.partOffset;
+    const quint64 cluster = scan.geometry.clusterBytes;
+    for (const DataRun* r : file.runs) {
+        if (r->sparse)
+            continue;
+        const quint64 first = checked::mulSat(r->vcnEnd - qMin(r->length, r->vcnEnd), cluster);
+        append(&runs, {first, checked::addSat(base, checked::mulSat(r->lcn, cluster)), checked::mulSat(r->length, cluster)}, file.size);
+    }
+    return runs;
+}
+
+QList<ByteRuns::Run> fat32Runs(const Fat32VolumeScan& scan, const Fat32File& file)
+{
+    QList<ByteRuns::Run> runs;
+    quint64 fileOffset = 0;
+    for (uint cluster : file.clusters) {
+        quint64 position = 0;
+        if (!scan.clusterPosition(cluster, &position))
+            break;
+        append(&runs, {fileOffset, scan.handle.base() + position, scan.clusterBytes}, file.size);
+        fileOffset += scan.clusterBytes;
+    }
+    return runs;
+}
+} // namespace
+
+QList<ByteRuns::Run> ByteRuns::of(const PartScan* scanner, const FoundFile* file)
+{
+    const auto* ntfs = dynamic_cast<const NtfsVolumeScan*>(scanner);
+    const auto* ntfsFile = dynamic_cast<const NtfsFile*>(file);
+    if (ntfs && ntfsFile)
+        return ntfsRuns(*ntfs, *ntfsFile);
+    const auto* fat32 = dynamic_cast<const Fat32VolumeScan*>(scanner);
+    const auto* fat32File = dynamic_cast<const Fat32File*>(file);
+    if (fat32 && fat32File)
+        return fat32Runs(*fat32, *fat32File);
+    return {};
+}
