@@ -41,13 +41,15 @@ QList<ByteRuns::Run> ntfsRuns(const NtfsVolumeScan& scan, const NtfsFile& file)
 QList<ByteRuns::Run> fat32Runs(const Fat32VolumeScan& scan, const Fat32File& file)
 {
     QList<ByteRuns::Run> runs;
+    Extents extents;
+    if (!scan.extentsOf(file, &extents))
+        return runs;
+    const quint64 base = scan.handle.base() + scan.partOffset;
     quint64 fileOffset = 0;
-    for (uint cluster : file.clusters) {
-        quint64 position = 0;
-        if (!scan.clusterPosition(cluster, &position))
-            break;
-        append(&runs, {fileOffset, scan.handle.base() + position, scan.clusterBytes}, file.size);
-        fileOffset += scan.clusterBytes;
+    for (const Extent& e : extents) {
+        if (!e.hole)
+            append(&runs, {fileOffset, checked::addSat(base, e.offset), e.length}, file.size);
+        fileOffset = checked::addSat(fileOffset, e.length);
     }
     return runs;
 }

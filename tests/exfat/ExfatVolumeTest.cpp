@@ -1,6 +1,6 @@
 #include "exfat/ExfatVolume.h"
 #include "fixtures/ExfatImageBuilder.h"
-#include "fixtures/Fat32ImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // FAT12 and FAT16 volumes written by mkfs.fat and mtools, scanned and restored through ostrel-cli.
 #include "PrintQString.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/Fat32ImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
 #include "fixtures/TestPaths.h"
 
 #include <QTemporaryDir>
