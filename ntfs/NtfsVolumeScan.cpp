@@ -1,5 +1,6 @@
 #include "ntfs/NtfsVolumeScan.h"
 #include "carving/CarvingPass.h"
+#include "diskscan/BackupBootLocator.h"
 #include "ntfs/FileNameAttribute.h"
 #include "ntfs/MftRecord.h"
 #include "ntfs/ParentChain.h"
@@ -67,6 +68,15 @@ NtfsVolumeScan::~NtfsVolumeScan()
 
 void NtfsVolumeScan::parseBootSector()
 {
+    // A volume whose first sector is broken opens with the copy NTFS keeps in
+    // its last sector: the handle reads the copy in the first one's place.
+    bool usedBackup = false;
+    const quint64 rest = handle.length() - qMin(partOffset, handle.length());
+    const DeviceHandle repaired = BackupBootLocator::repaired(handle, partOffset, rest, &usedBackup);
+    if (usedBackup) {
+        qDebug("%s: boot sector taken from its backup", "NtfsVolumeScan::parseBootSector");
+        handle = repaired;
+    }
     QByteArray sector(kBootSectorBytes, '\0');
     if (readBlocks(sector.data(), 1, 0, kBootSectorShift) <= 0)
         qFatal("%s: cannot read boot sector", "NtfsVolumeScan::parseBootSector");
