@@ -7,11 +7,10 @@
 #include "results/Fat32File.h"
 #include "results/FolderNode.h"
 #include "scan/CheckedMath.h"
-#include "scan/RestoreWalk.h"
+#include "scan/RestoreSink.h"
 
 #include <QByteArray>
 #include <QDebug>
-#include <QFile>
 #include <QQueue>
 #include <QSet>
 #include <climits>
@@ -313,38 +312,37 @@ void Fat32VolumeScan::forEachSpan(const Fat32File* file, const SpanVisitor& visi
     }
 }
 
-void Fat32VolumeScan::writeFile(const QString& folderPath, Fat32File* file)
+RestoreFailure Fat32VolumeScan::writeContent(Fat32File* file, RestoreSink& sink)
 {
     if (file->clusters.isEmpty())
-        return;
-    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
-    QFile out(path);
-    if (!out.open(QIODevice::WriteOnly))
-        return;
+        return file->size == 0 ? RestoreFailure::None : RestoreFailure::RecordUnreadable;
     QByteArray buffer(int(qMin<quint64>(qMax<quint64>(file->size, 1), kMaxSpanBytes)), '\0');
+    bool gone = false;
     forEachSpan(file, [&](quint64 position, quint64 bytes, quint64 fileOffset) {
-        const qint64 got = read(buffer.data(), bytes, position);
-        // What can't be read is written as zeros, not as the previous stretch.
+        if (gone || sink.failure() != RestoreFailure::None)
+            return;
+        QList<BadRange> bad;
+        const qint64 got = read(buffer.data(), bytes, position, &bad);
+        gone = got < 0;
+        // Short only at the device's end: what lies beyond it is zeros, and said so.
         const quint64 kept = got > 0 ? quint64(got) : 0;
-        if (kept < bytes)
+        if (kept < bytes) {
             std::memset(buffer.data() + kept, 0, size_t(bytes - kept));
-        out.seek(qint64(fileOffset));
-        out.write(buffer.constData(), qint64(bytes));
+            sink.noteOutside(fileOffset + kept, bytes - kept);
+        }
+        sink.noteBadReads(bad, position, fileOffset, bytes);
+        sink.write(fileOffset, buffer.constData(), bytes);
     });
-    // Cuts the last cluster to length, and fills with zeros what no cluster held.
-    out.resize(qint64(file->size));
-    out.close();
-    RestoreWalk::setModified(path, file->modifiedMsecs);
-    emit undeleteOne(file->size);
+    return gone ? RestoreFailure::DeviceFailed : RestoreFailure::None;
 }
 
 void Fat32VolumeScan::undelete(QString targetDir)
 {
-    RestoreWalk::run(rootFolder, targetDir, [this](const QString& folderPath, FoundFile* found) {
-        if (auto* file = dynamic_cast<Fat32File*>(found))
-            writeFile(folderPath, file);
+    restoreTree(targetDir, [this](FoundFile* found, RestoreSink& sink) {
+        auto* file = dynamic_cast<Fat32File*>(found);
+        return file ? writeContent(file, sink) : RestoreFailure::RecordUnreadable;
     });
-    emit undeleteDone();
+    finishRestore();
 }
 
 quint64 Fat32VolumeScan::fileContent(char* buffer, FoundFile* record)

@@ -73,7 +73,7 @@ private:
 
     using SpanVisitor = std::function<void(quint64 position, quint64 bytes, quint64 fileOffset)>;
     void forEachSpan(const Fat32File* file, const SpanVisitor& visit) const;
-    void writeFile(const QString& folderPath, Fat32File* file);
+    RestoreFailure writeContent(Fat32File* file, RestoreSink& sink);
 
     Fat32BootSector boot;
     // The first FAT, in memory from the start of a scan to its end (carving included).

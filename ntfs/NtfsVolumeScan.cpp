@@ -9,7 +9,7 @@
 #include "results/ResultTreeLock.h"
 #include "scan/CheckedMath.h"
 #include "scan/LeReader.h"
-#include "scan/RestoreWalk.h"
+#include "scan/RestoreSink.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QDebug>
@@ -216,10 +216,14 @@ void NtfsVolumeScan::readMftBitmap(const uint8_t* record, int attrOffset, quint3
         const quint64 count = qMin(run->length, arrayClusters - done);
         if (count == 0)
             break;
+        // Only a device that has gone fails here; the bitmap part left at zero
+        // treats those records as deleted, which a scan lists all the same.
         if (!run->sparse
             && readBlocks(mftBitmap.data() + (done << geometry.clusterShift), quint32(count), run->lcn,
-                          geometry.clusterShift) < 0)
-            qFatal("NtfsVolume::open(): cannot read main mft bitmap");
+                          geometry.clusterShift) < 0) {
+            qCritical("NtfsVolumeScan: cannot read the MFT bitmap");
+            break;
+        }
         done += count;
     }
     qDeleteAll(runs);
@@ -374,6 +378,8 @@ void NtfsVolumeScan::run()
     loadClusterBitmap();
     ScanTotals totals;
     const bool stopped = rootFolder ? recordLoop(limit, recordCount, &totals) : false;
+    if (totals.unreadableBatches > 0)
+        qWarning("%llu MFT record clusters could not be read and were passed over", static_cast<unsigned long long>(totals.unreadableBatches));
     qDeleteAll(directories);
     directories.clear();
 
@@ -457,9 +463,11 @@ bool NtfsVolumeScan::recordLoop(qint64 limit, quint64 recordCount, ScanTotals* t
         const BatchPlace place = batchPlace(vcn, batchClusters);
         if (place == BatchPlace::PastEnd)
             break;
-        if (place == BatchPlace::Inside) {
-            if (readClusters(bytes, batchClusters, vcn, mftInfo.file->runs) <= 0)
-                qFatal("NtfsVolumeScan::run(): cannot read record cluster %d", int(batch));
+        // A batch that cannot be read (a device that went) is skipped and
+        // counted; bad sectors inside it read as zeros and fail the record check.
+        if (place == BatchPlace::Inside && readClusters(bytes, batchClusters, vcn, mftInfo.file->runs) <= 0) {
+            ++totals->unreadableBatches;
+        } else if (place == BatchPlace::Inside) {
             for (quint32 i = 0; i < batchRecords; ++i) {
                 const quint64 streamByte = (vcn << geometry.clusterShift) + quint64(i) * geometry.recordBytes;
                 scanRecord(bytes + i * geometry.recordBytes, totals->position + i, recordCount,
@@ -611,34 +619,31 @@ void NtfsVolumeScan::markClusters(const NtfsFile* file)
 
 void NtfsVolumeScan::undelete(QString targetDir)
 {
-    RestoreWalk::run(rootFolder, targetDir, [this](const QString& folderPath, FoundFile* found) {
-        if (auto* file = dynamic_cast<NtfsFile*>(found))
-            writeFile(folderPath, file);
+    restoreTree(targetDir, [this](FoundFile* found, RestoreSink& sink) {
+        auto* file = dynamic_cast<NtfsFile*>(found);
+        return file ? writeContent(file, sink) : RestoreFailure::RecordUnreadable;
     });
-    emit undeleteDone();
+    finishRestore();
 }
 
-void NtfsVolumeScan::writeFile(const QString& folderPath, NtfsFile* file)
+RestoreFailure NtfsVolumeScan::writeContent(NtfsFile* file, RestoreSink& sink)
 {
-    if (!file->resident && file->runs.isEmpty())
-        return;
-    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
-    QFile out(path);
-    if (!out.open(QIODevice::WriteOnly))
-        return;
     if (file->resident) {
-        out.write(residentContent(file));
-    } else {
-        // Holes are left unwritten; the final resize fills them with zeros.
-        streamRuns(file, [&out](quint64 offset, const char* data, quint64 bytes) {
-            if (data && out.seek(qint64(offset)))
-                out.write(data, qint64(bytes));
-        });
-        out.resize(qint64(file->size));
+        bool ok = false;
+        const QByteArray content = residentContent(file, &ok);
+        if (!ok)
+            return RestoreFailure::RecordUnreadable;
+        sink.write(0, content.constData(), quint64(content.size()));
+        return RestoreFailure::None;
     }
-    out.close();
-    RestoreWalk::setModified(path, file->modifiedMsecs);
-    emit undeleteOne(file->size);
+    if (file->runs.isEmpty())
+        return file->size == 0 ? RestoreFailure::None : RestoreFailure::RecordUnreadable;
+    // Holes are left unwritten; the final resize fills them with zeros.
+    const bool read = streamRuns(file, [&sink](quint64 offset, const char* data, quint64 bytes) {
+        if (data)
+            sink.write(offset, data, bytes);
+    }, &sink);
+    return read ? RestoreFailure::None : RestoreFailure::DeviceFailed;
 }
 
 quint64 NtfsVolumeScan::fileContent(char* buffer, FoundFile* record)
@@ -669,27 +674,27 @@ quint64 NtfsVolumeScan::fileContent(char* buffer, FoundFile* record)
     return file->size;
 }
 
-QByteArray NtfsVolumeScan::residentContent(const NtfsFile* file)
+QByteArray NtfsVolumeScan::residentContent(const NtfsFile* file, bool* ok)
 {
     QByteArray record(int(geometry.recordBytes), '\0');
-    if (file->recordOffset != 0)
-        read(record.data(), geometry.recordBytes, file->recordOffset + partOffset);
-    else
-        readRecord(record.data(), file->mftRecord);
+    const qint64 got = file->recordOffset != 0 ? read(record.data(), geometry.recordBytes, file->recordOffset + partOffset)
+                                               : readRecord(record.data(), file->mftRecord);
+    if (ok)
+        *ok = got > 0;
     MftRecordInfo info;
     parseRecordHeader(reinterpret_cast<uint8_t*>(record.data()), info);
     const quint64 start = qMin<quint64>(file->residentOffset, geometry.recordBytes);
     return record.mid(int(start), int(qMin<quint64>(file->size, geometry.recordBytes - start)));
 }
 
-void NtfsVolumeScan::streamRuns(const NtfsFile* file, const ContentSink& sink)
+bool NtfsVolumeScan::streamRuns(const NtfsFile* file, const ContentSink& sink, RestoreSink* report)
 {
     const quint64 sliceClusters = qMax<quint64>(1, kSliceBytes >> geometry.clusterShift);
     QByteArray slice;
     quint64 offset = 0;
     for (const DataRun* run : file->runs) {
         if (run->length == 0)
-            return;
+            return true;
         for (quint64 done = 0; done < run->length && offset < file->size; ) {
             // A hole costs nothing to produce: it goes in one piece.
             const quint64 clusters = run->sparse ? run->length - done : qMin(sliceClusters, run->length - done);
@@ -700,11 +705,28 @@ void NtfsVolumeScan::streamRuns(const NtfsFile* file, const ContentSink& sink)
                 if (slice.size() < qsizetype(clusters << geometry.clusterShift))
                     slice.resize(qsizetype(clusters << geometry.clusterShift));
                 slice.fill('\0');
-                readBlocks(slice.data(), quint32(clusters), run->lcn + done, geometry.clusterShift);
+                QList<BadRange> bad;
+                const qint64 got = readBlocks(slice.data(), quint32(clusters), run->lcn + done, geometry.clusterShift, &bad);
+                if (got < 0)
+                    return false;
+                noteSlice(report, bad, run->lcn + done, quint64(got), offset, bytes);
                 sink(offset, slice.constData(), bytes);
             }
             done += clusters;
             offset += bytes;
         }
     }
+    return true;
+}
+
+void NtfsVolumeScan::noteSlice(RestoreSink* report, const QList<BadRange>& bad, quint64 lcn, quint64 clustersRead,
+                               quint64 offset, quint64 bytes) const
+{
+    if (!report)
+        return;
+    report->noteBadReads(bad, (lcn << geometry.clusterShift) + partOffset, offset, bytes);
+    // Clusters past the device's end: the run points outside it.
+    const quint64 readBytes = checked::mulSat(clustersRead, geometry.clusterBytes);
+    if (readBytes < bytes)
+        report->noteOutside(offset + readBytes, bytes - readBytes);
 }

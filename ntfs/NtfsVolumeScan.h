@@ -70,6 +70,7 @@ private:
         quint64 position = 0;
         quint64 results = 0;
         quint64 totalSize = 0;
+        quint64 unreadableBatches = 0; // record clusters the device did not give
     };
     enum class BatchPlace { Inside, OutsideVolume, PastEnd };
     // Receives a file's content slice by slice; null data is a hole of zeros.
@@ -99,9 +100,13 @@ private:
     FolderNode* currentOrphanFolder();
     void markClusters(const NtfsFile* file);
 
-    void writeFile(const QString& folderPath, NtfsFile* file);
-    QByteArray residentContent(const NtfsFile* file);
-    void streamRuns(const NtfsFile* file, const ContentSink& sink);
+    RestoreFailure writeContent(NtfsFile* file, RestoreSink& sink);
+    QByteArray residentContent(const NtfsFile* file, bool* ok = nullptr);
+    // False when the device went while the runs were read. With report, the
+    // unreadable stretches are noted there in file offsets.
+    bool streamRuns(const NtfsFile* file, const ContentSink& sink, RestoreSink* report = nullptr);
+    void noteSlice(RestoreSink* report, const QList<BadRange>& bad, quint64 lcn, quint64 clustersRead,
+                   quint64 offset, quint64 bytes) const;
     void freeTree();
 
     QString mountPoint; // of the volume while it is scanned, for the live-file test

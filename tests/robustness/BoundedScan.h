@@ -32,6 +32,7 @@ struct BoundedScan {
     static constexpr rlim_t kMemoryBytes = rlim_t(2) << 30;
 
     QByteArray image;
+    std::shared_ptr<const ByteSource> source; // read instead of image when set
     Fs fs = Fs::Ntfs;
     bool deep = false;
     FolderNode top;
@@ -50,7 +51,7 @@ struct BoundedScan {
     // Builds the scanner (its constructor may end the program) and runs it to its end.
     void run()
     {
-        const DeviceHandle handle(std::make_shared<MemorySource>(image));
+        const DeviceHandle handle(source ? source : std::make_shared<MemorySource>(image));
         if (fs == Fs::Ntfs)
             scan = std::make_unique<NtfsVolumeScan>(QStringLiteral("E"), handle, 0);
         else
