@@ -157,13 +157,11 @@ FoundFile* CarvingPass::ntfsRecord(quint64 cluster, quint64 size) const
 
 FoundFile* CarvingPass::fat32Record(quint64 cluster, quint64 size) const
 {
-    // The list counts upward from the first cluster without asking the FAT, but
-    // never names a cluster the FAT has no entry for.
+    // Counted upward from the first cluster without asking the FAT, but never
+    // to a cluster the FAT has no entry for.
     const quint64 needed = (size >> m_blockShift) + ((size & (m_blockBytes - 1)) ? 1 : 0);
-    const quint64 count = qMin(needed, m_clusterEnd - cluster);
     auto* file = new Fat32File;
-    file->clusters.reserve(qsizetype(count));
-    for (quint64 i = 0; i < count; ++i)
-        file->clusters.append(uint(cluster + i));
+    file->firstCluster = quint32(cluster);
+    file->carvedClusters = quint32(qMin(needed, m_clusterEnd - cluster));
     return file;
 }

@@ -6,6 +6,7 @@
 #include "cli/TreeReport.h"
 #include "results/CheckStates.h"
 #include "results/FolderNode.h"
+#include "ntfs/NtfsVolumeScan.h"
 #include "scan/PartScan.h"
 #include "scan/ScannerFactory.h"
 #include "scan/device/CombinedDeviceLayer.h"
@@ -17,6 +18,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cstdio>
@@ -239,7 +241,7 @@ std::unique_ptr<ScanSession> makeSession(const Target& t, const ScanOptions& o, 
             return nullptr;
         }
         rootName = scanner->deviceName;
-        fat32 = ScannerFactory::kindForType(DeviceLayer::instance().partitionTypeOfLetter(t.letter)) == QLatin1String("fat32");
+        fat32 = !dynamic_cast<NtfsVolumeScan*>(scanner);
     }
     auto session = std::make_unique<ScanSession>(scanner, rootName, fat32);
     session->setOptions(o.fileFilter, o.doExtra);
@@ -253,6 +255,8 @@ void addScanOptions(QCommandLineParser& parser)
                       QStringLiteral("MODE"), QStringLiteral("file")});
     parser.addOption({QStringLiteral("deep"), QStringLiteral("File mode: also find files by their signatures.")});
     parser.addOption({QStringLiteral("types"), QStringLiteral("File mode: name endings joined by \";\"."), QStringLiteral("LIST")});
+    parser.addOption({QStringLiteral("csv"), QStringLiteral("Also write the found files to FILE as CSV (UTF-8, for spreadsheets)."), QStringLiteral("FILE")});
+    parser.addOption({QStringLiteral("dfxml"), QStringLiteral("Also write the found files to FILE as a DFXML listing."), QStringLiteral("FILE")});
     parser.addPositionalArgument(QStringLiteral("SOURCE"), QStringLiteral("E, disk:N, IMAGE or IMAGE@N"));
 }
 
@@ -304,6 +308,28 @@ int exitStatus(const PartScan& scanner, bool restore)
     if (restore && scanner.restoreReport.failed() > 0)
         return CliApp::NotRestored;
     return CliApp::Ok;
+}
+
+Failure writeFile(const QString& path, const QByteArray& data)
+{
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(data) == data.size() && file.flush())
+        return {};
+    return {CliApp::BadTarget, QStringLiteral("cannot write %1: %2").arg(path, file.errorString())};
+}
+
+// The listings --csv and --dfxml ask for, written once the scan is over.
+Failure writeListings(const QCommandLineParser& parser, const ScanSession& session, const QString& sourceName)
+{
+    Failure f;
+    if (parser.isSet(QStringLiteral("csv")))
+        f = writeFile(parser.value(QStringLiteral("csv")), TreeReport::csv(session.root()));
+    if (f.code == CliApp::Ok && parser.isSet(QStringLiteral("dfxml"))) {
+        const PartScan* scanner = session.scanner();
+        const auto runs = [scanner](const FoundFile* file) { return ByteRuns::of(scanner, file); };
+        f = writeFile(parser.value(QStringLiteral("dfxml")), TreeReport::dfxml(session.root(), sourceName, runs));
+    }
+    return f;
 }
 
 int fail(const Failure& f)
@@ -361,6 +387,9 @@ int scanOrRestore(const QStringList& args, bool restore)
         return fail(f);
     session->setShowProgress(Console::stderrIsTerminal());
     session->scan();
+    f = writeListings(parser, *session, parser.positionalArguments().first());
+    if (f.code != CliApp::Ok)
+        return fail(f);
 
     QJsonObject doc;
     const bool json = parser.isSet(QStringLiteral("json"));
@@ -411,7 +440,8 @@ int scanOrRestore(const QStringList& args, bool restore)
 void usage()
 {
     err(QStringLiteral("usage: ostrel-cli devices [--json] [--image FILE]...\n"
-                       "       ostrel-cli scan [--mode file|format|partition] [--deep] [--types \".jpg;.png\"] [--json] SOURCE\n"
+                       "       ostrel-cli scan [--mode file|format|partition] [--deep] [--types \".jpg;.png\"] [--json]\n"
+                       "                       [--csv FILE] [--dfxml FILE] SOURCE\n"
                        "       ostrel-cli restore [scan options] [--only PATH]... [--keep-both] --to DIR SOURCE\n"
                        "SOURCE is a drive letter (E), a disk (disk:N), or an image file, optionally with a\n"
                        "1-based partition (card.img@1). Run a command with --help for its options;\n"

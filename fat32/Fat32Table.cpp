@@ -12,26 +12,34 @@ void Fat32Table::fixByteOrder()
 QList<uint> Fat32Table::chain(quint32 start) const
 {
     QList<uint> clusters;
-    quint32 c = start;
-    // A chain can't hold more clusters than the table has entries: a longer one loops.
-    while (isDataCluster(c) && quint64(clusters.size()) < m_entries.size()) {
+    visitFileClusters(start, m_entries.size(), [&clusters, this](quint32 c) {
         clusters.append(c);
-        c = m_entries[c];
-        if (c >= kEndOfChain)
-            break;
-    }
+        // Past the chain's end the walk would go on over free clusters.
+        return m_entries[c] < kEndOfChain && isDataCluster(m_entries[c]);
+    });
     return clusters;
 }
 
-void Fat32Table::continueOverFree(QList<uint>* clusters, quint64 needed) const
+void Fat32Table::visitFileClusters(quint32 first, quint64 needed, const std::function<bool(quint32)>& visit) const
 {
-    if (clusters->isEmpty() || quint64(clusters->size()) >= needed)
+    quint64 count = 0;
+    quint32 last = 0;
+    // A chain can't hold more clusters than the table has entries: a longer one loops.
+    for (quint32 c = first; isDataCluster(c) && count < needed && count < m_entries.size(); c = m_entries[c]) {
+        ++count;
+        last = c;
+        if (!visit(c))
+            return;
+        if (m_entries[c] >= kEndOfChain)
+            break;
+    }
+    if (count == 0)
         return;
-    for (quint64 c = quint64(clusters->last()) + 1; c < m_entries.size(); ++c) {
+    for (quint64 c = quint64(last) + 1; c < m_entries.size() && count < needed; ++c) {
         if (m_entries[c] != 0 || c == kBadCluster)
             continue;
-        clusters->append(uint(c));
-        if (quint64(clusters->size()) >= needed)
+        ++count;
+        if (!visit(quint32(c)))
             return;
     }
 }

@@ -1,9 +1,10 @@
 #pragma once
 #include <QList>
 #include <QtGlobal>
+#include <functional>
 #include <vector>
 
-// The first FAT of a volume, in memory for the length of a scan. Every walk
+// The first FAT of a volume, in memory from the start of a scan on. Every walk
 // over it ends at its entry count at the latest, whatever loops the table holds.
 class Fat32Table {
 public:
@@ -15,27 +16,22 @@ public:
 
     quint64 entryCount() const { return m_entries.size(); }
     quint64 byteCount() const { return m_entries.size() * sizeof(quint32); }
-    // Raw storage to load the table into; little-endian on disk, fixed up by load().
+    // Raw storage to load the table into; little-endian on disk, fixed up by fixByteOrder().
     char* bytes() { return reinterpret_cast<char*>(m_entries.data()); }
     // Turns the loaded bytes into host-order entries.
     void fixByteOrder();
 
-    quint32 entry(quint64 cluster) const { return cluster < m_entries.size() ? m_entries[cluster] : 0; }
-    bool isFree(quint64 cluster) const { return cluster < m_entries.size() && m_entries[cluster] == 0; }
+    bool isDataCluster(quint64 c) const { return c >= kFirstDataCluster && c != kBadCluster && c < m_entries.size(); }
 
     // The clusters of a chain from its first one, in order.
     QList<uint> chain(quint32 start) const;
 
-    // A deleted file whose FAT entries were cleared keeps only its first
-    // cluster. Continues the list over the free clusters behind its last one,
-    // passing clusters in use, until `needed` clusters are listed or the table ends.
-    void continueOverFree(QList<uint>* clusters, quint64 needed) const;
+    // The clusters of a deleted file, in order, until visit returns false or
+    // `needed` are visited: its chain, and where the chain ends early (a delete
+    // clears it and keeps only the first cluster) the free clusters behind its
+    // last one, passing clusters in use, up to the table's end.
+    void visitFileClusters(quint32 first, quint64 needed, const std::function<bool(quint32)>& visit) const;
 
 private:
-    bool isDataCluster(quint32 c) const
-    {
-        return c >= kFirstDataCluster && c != kBadCluster && c < m_entries.size();
-    }
-
     std::vector<quint32> m_entries;
 };

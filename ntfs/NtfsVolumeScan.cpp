@@ -5,17 +5,14 @@
 #include "ntfs/ParentChain.h"
 #include "ntfs/RunList.h"
 #include "results/FolderNode.h"
+#include "results/ExtentList.h"
 #include "results/NtfsFile.h"
-#include "results/ResultTreeLock.h"
 #include "scan/CheckedMath.h"
 #include "scan/LeReader.h"
-#include "scan/RestoreSink.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QDebug>
 #include <QFile>
-#include <QWriteLocker>
-#include <climits>
 #include <cstring>
 
 namespace {
@@ -40,28 +37,21 @@ constexpr quint64 kMinScanBytes = 128ull * 1024 * 1024;
 constexpr qint64 kFirstBatchNumber = 16;
 // A batch of records is read at once: two clusters of 4096 bytes, or one larger cluster.
 constexpr quint32 kBatchBytes = 8192;
-// Batches between two check points (pause, stop, progress).
-constexpr int kCheckPointBatches = 1000;
 // Record 6 of every NTFS volume is $Bitmap, the cluster allocation bitmap.
 constexpr quint32 kBitmapRecord = 6;
 // Orphaned files are spread over folders of this many entries.
 constexpr int kOrphanFolderEntries = 500;
-// File content is read and written in slices of this many bytes, so memory
-// does not follow the length of a run.
-constexpr quint64 kSliceBytes = 4ull * 1024 * 1024;
-// fileContent's callers provide the size plus this much room.
-constexpr quint64 kContentSlack = 4096;
 
 constexpr quint64 ceilDiv(quint64 a, quint64 b) { return a / b + (a % b ? 1 : 0); }
 } // namespace
 
-NtfsVolumeScan::NtfsVolumeScan(const QString& name, QObject* parent) : PartScan(name, parent)
+NtfsVolumeScan::NtfsVolumeScan(const QString& name, QObject* parent) : VolumeScan(name, parent)
 {
     parseBootSector();
 }
 
 NtfsVolumeScan::NtfsVolumeScan(const QString& name, DeviceHandle h, quint64 offset, QObject* parent)
-    : PartScan(name, std::move(h), offset, parent)
+    : VolumeScan(name, std::move(h), offset, parent)
 {
     parseBootSector();
 }
@@ -69,23 +59,9 @@ NtfsVolumeScan::NtfsVolumeScan(const QString& name, DeviceHandle h, quint64 offs
 NtfsVolumeScan::~NtfsVolumeScan()
 {
     stopAndWait();
-    freeTree();
     qDeleteAll(directories);
     delete mftInfo.file;
 }
-
-// The scanner owns the volume folder it was given and everything below it;
-// whoever made the top node above it only unhooks it.
-void NtfsVolumeScan::freeTree()
-{
-    QWriteLocker lock(&ResultTreeLock::lock());
-    delete rootFolder;
-    rootFolder = nullptr;
-    orphanFolder = nullptr;
-}
-
-void NtfsVolumeScan::setRunning(bool running) { pauseOrResume(running); }
-void NtfsVolumeScan::stop() { requestStop(); }
 
 // ---------------------------------------------------------------- volume open
 
@@ -102,6 +78,7 @@ void NtfsVolumeScan::parseBootSector()
     qDebug() << "a=" << mftLcn << partOffset;
 
     volumeClusters = clustersOnDevice(geometry, handle.length(), partOffset);
+    setVolumeBytes(volumeClusters << geometry.clusterShift);
 
     QByteArray record(int(geometry.recordBytes), '\0');
     const quint64 position = checked::addSat(checked::mulSat(mftLcn, geometry.clusterBytes), partOffset);
@@ -355,56 +332,35 @@ qint64 NtfsVolumeScan::readRecord(void* buffer, quint32 number)
 
 // ---------------------------------------------------------------- scan pass
 
-void NtfsVolumeScan::run()
+qint64 NtfsVolumeScan::recordLimit() const
 {
-    if (!restoreDir.isEmpty()) {
-        undelete(restoreDir);
-        return;
-    }
     const quint64 recordCount = mftInfo.file->size / geometry.recordBytes;
-    qDebug() << "recordCount=" << recordCount;
-    const qint64 limit = qint64(qMax(checked::mulSat(recordCount, kMftReachFactor), kMinScanBytes / geometry.recordBytes));
-    if (rootFolder)
-        rootFolder->partIndex = partIndex;
-    qCritical("begin");
-    {
-        QMutexLocker lock(&mutex);
-        runState = Running;
-    }
-    const qint64 total = doExtra ? qint64(double(limit) * 1.1) : limit;
-    emit scanBegin(int(qMin<qint64>(total, INT_MAX)));
-
-    mountPoint = deviceName.size() == 1 ? DeviceLayer::instance().mountPointOfLetter(deviceName.at(0)) : QString();
-    loadClusterBitmap();
-    ScanTotals totals;
-    const bool stopped = rootFolder ? recordLoop(limit, recordCount, &totals) : false;
-    if (totals.unreadableBatches > 0)
-        qWarning("%llu MFT record clusters could not be read and were passed over", static_cast<unsigned long long>(totals.unreadableBatches));
-    qDeleteAll(directories);
-    directories.clear();
-
-    qDebug() << totals.position << limit;
-    qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
-              static_cast<unsigned long long>(totals.totalSize));
-    if (doExtra && !stopped)
-        carvingPass(&totals.position, &totals.results, &totals.totalSize);
-    clusterBitmap.clear();
-    bitmapClusters = 0;
-    emit scanDone(totals.results, totals.totalSize);
-    qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
-              static_cast<unsigned long long>(totals.totalSize));
+    return qint64(qMax(checked::mulSat(recordCount, kMftReachFactor), kMinScanBytes / geometry.recordBytes));
 }
 
-void NtfsVolumeScan::carvingPass(quint64* running, quint64* results, quint64* totalSize)
+quint64 NtfsVolumeScan::progressTotal() const
 {
-    CarvingContext c;
-    c.root = rootFolder;
-    c.partIndex = partIndex;
-    c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return read(buffer, bytes, partOffset + offset); };
-    c.checkPoint = [this] { return checkPoint(); };
-    c.runningNumber = running;
-    c.results = results;
-    c.totalSize = totalSize;
+    return quint64(recordLimit());
+}
+
+bool NtfsVolumeScan::scanMetadata(ScanTotals& totals)
+{
+    mountPoint = deviceName.size() == 1 ? DeviceLayer::instance().mountPointOfLetter(deviceName.at(0)) : QString();
+    loadClusterBitmap();
+    const bool stopped = recordLoop(recordLimit(), mftInfo.file->size / geometry.recordBytes, &totals);
+    qDeleteAll(directories);
+    directories.clear();
+    return !stopped;
+}
+
+void NtfsVolumeScan::scanFinished()
+{
+    clusterBitmap.clear();
+    bitmapClusters = 0;
+}
+
+void NtfsVolumeScan::carveFreeBlocks(const CarvingContext& c)
+{
     // Only the first run of $Bitmap was read; without it every cluster counts as free.
     const quint64 bitmapBytes = qMin(quint64(clusterBitmap.size()), checked::mulSat(bitmapClusters, geometry.clusterBytes));
     NtfsCarvingGeometry g;
@@ -458,15 +414,13 @@ bool NtfsVolumeScan::recordLoop(qint64 limit, quint64 recordCount, ScanTotals* t
     QByteArray buffer(int(batchBytes), '\0');
     auto* bytes = reinterpret_cast<uint8_t*>(buffer.data());
     quint64 vcn = 0;
-    int check = 1;
-    for (qint64 batch = kFirstBatchNumber; batch < limit; batch += batchRecords, vcn += batchClusters, ++check) {
+    for (qint64 batch = kFirstBatchNumber; batch < limit; batch += batchRecords, vcn += batchClusters) {
         const BatchPlace place = batchPlace(vcn, batchClusters);
         if (place == BatchPlace::PastEnd)
             break;
-        // A batch that cannot be read (a device that went) is skipped and
-        // counted; bad sectors inside it read as zeros and fail the record check.
+        // A batch that can't be read is passed over and counted; the records behind it still count.
         if (place == BatchPlace::Inside && readClusters(bytes, batchClusters, vcn, mftInfo.file->runs) <= 0) {
-            ++totals->unreadableBatches;
+            countReadErrors(1);
         } else if (place == BatchPlace::Inside) {
             for (quint32 i = 0; i < batchRecords; ++i) {
                 const quint64 streamByte = (vcn << geometry.clusterShift) + quint64(i) * geometry.recordBytes;
@@ -475,12 +429,8 @@ bool NtfsVolumeScan::recordLoop(qint64 limit, quint64 recordCount, ScanTotals* t
             }
         }
         totals->position += batchRecords;
-        if (check % kCheckPointBatches == 0) {
-            if (checkPoint())
-                return true;
-            emit scanOne(int(qMin<quint64>(totals->position, INT_MAX)));
-            check = 1;
-        }
+        if (step(totals->position))
+            return true;
     }
     return false;
 }
@@ -617,116 +567,48 @@ void NtfsVolumeScan::markClusters(const NtfsFile* file)
 
 // ---------------------------------------------------------------- extraction
 
-void NtfsVolumeScan::undelete(QString targetDir)
+bool NtfsVolumeScan::hasContent(const FoundFile& found) const
 {
-    restoreTree(targetDir, [this](FoundFile* found, RestoreSink& sink) {
-        auto* file = dynamic_cast<NtfsFile*>(found);
-        return file ? writeContent(file, sink) : RestoreFailure::RecordUnreadable;
-    });
-    finishRestore();
+    const auto* file = dynamic_cast<const NtfsFile*>(&found);
+    return file && (file->resident || !file->runs.isEmpty());
 }
 
-RestoreFailure NtfsVolumeScan::writeContent(NtfsFile* file, RestoreSink& sink)
+bool NtfsVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
 {
-    if (file->resident) {
-        bool ok = false;
-        const QByteArray content = residentContent(file, &ok);
-        if (!ok)
-            return RestoreFailure::RecordUnreadable;
-        sink.write(0, content.constData(), quint64(content.size()));
-        return RestoreFailure::None;
-    }
-    if (file->runs.isEmpty())
-        return file->size == 0 ? RestoreFailure::None : RestoreFailure::RecordUnreadable;
-    // Holes are left unwritten; the final resize fills them with zeros.
-    const bool read = streamRuns(file, [&sink](quint64 offset, const char* data, quint64 bytes) {
-        if (data)
-            sink.write(offset, data, bytes);
-    }, &sink);
-    return read ? RestoreFailure::None : RestoreFailure::DeviceFailed;
-}
-
-quint64 NtfsVolumeScan::fileContent(char* buffer, FoundFile* record)
-{
-    auto* file = dynamic_cast<NtfsFile*>(record);
-    if (!file)
-        return 0;
-    if (!buffer) {
-        qDebug() << "return" << file->size + kContentSlack;
-        return file->size + kContentSlack;
-    }
-    quint64 filled = 0;
-    if (file->resident) {
-        const QByteArray content = residentContent(file);
-        std::memcpy(buffer, content.constData(), size_t(content.size()));
-        filled = quint64(content.size());
-    } else {
-        streamRuns(file, [buffer, &filled](quint64 offset, const char* data, quint64 bytes) {
-            if (data)
-                std::memcpy(buffer + offset, data, bytes);
-            else
-                std::memset(buffer + offset, 0, bytes);
-            filled = offset + bytes;
-        });
-    }
-    if (filled < file->size)
-        std::memset(buffer + filled, 0, file->size - filled);
-    return file->size;
-}
-
-QByteArray NtfsVolumeScan::residentContent(const NtfsFile* file, bool* ok)
-{
-    QByteArray record(int(geometry.recordBytes), '\0');
-    const qint64 got = file->recordOffset != 0 ? read(record.data(), geometry.recordBytes, file->recordOffset + partOffset)
-                                               : readRecord(record.data(), file->mftRecord);
-    if (ok)
-        *ok = got > 0;
-    MftRecordInfo info;
-    parseRecordHeader(reinterpret_cast<uint8_t*>(record.data()), info);
-    const quint64 start = qMin<quint64>(file->residentOffset, geometry.recordBytes);
-    return record.mid(int(start), int(qMin<quint64>(file->size, geometry.recordBytes - start)));
-}
-
-bool NtfsVolumeScan::streamRuns(const NtfsFile* file, const ContentSink& sink, RestoreSink* report)
-{
-    const quint64 sliceClusters = qMax<quint64>(1, kSliceBytes >> geometry.clusterShift);
-    QByteArray slice;
-    quint64 offset = 0;
+    const auto* file = dynamic_cast<const NtfsFile*>(&found);
+    if (!file || file->resident || file->runs.isEmpty())
+        return false;
+    ExtentList list(volumeBytes(), file->size);
     for (const DataRun* run : file->runs) {
-        if (run->length == 0)
-            return true;
-        for (quint64 done = 0; done < run->length && offset < file->size; ) {
-            // A hole costs nothing to produce: it goes in one piece.
-            const quint64 clusters = run->sparse ? run->length - done : qMin(sliceClusters, run->length - done);
-            const quint64 bytes = qMin(checked::mulSat(clusters, geometry.clusterBytes), file->size - offset);
-            if (run->sparse) {
-                sink(offset, nullptr, bytes);
-            } else {
-                if (slice.size() < qsizetype(clusters << geometry.clusterShift))
-                    slice.resize(qsizetype(clusters << geometry.clusterShift));
-                slice.fill('\0');
-                QList<BadRange> bad;
-                const qint64 got = readBlocks(slice.data(), quint32(clusters), run->lcn + done, geometry.clusterShift, &bad);
-                if (got < 0)
-                    return false;
-                noteSlice(report, bad, run->lcn + done, quint64(got), offset, bytes);
-                sink(offset, slice.constData(), bytes);
-            }
-            done += clusters;
-            offset += bytes;
-        }
+        const quint64 bytes = checked::mulSat(run->length, geometry.clusterBytes);
+        const bool more = run->sparse ? list.addHole(bytes) : list.add(checked::mulSat(run->lcn, geometry.clusterBytes), bytes);
+        if (run->length == 0 || !more)
+            break;
     }
+    *extents = list.take();
     return true;
 }
 
-void NtfsVolumeScan::noteSlice(RestoreSink* report, const QList<BadRange>& bad, quint64 lcn, quint64 clustersRead,
-                               quint64 offset, quint64 bytes) const
+bool NtfsVolumeScan::readContent(const FoundFile& found, const ContentSink& sink)
 {
-    if (!report)
-        return;
-    report->noteBadReads(bad, (lcn << geometry.clusterShift) + partOffset, offset, bytes);
-    // Clusters past the device's end: the run points outside it.
-    const quint64 readBytes = checked::mulSat(clustersRead, geometry.clusterBytes);
-    if (readBytes < bytes)
-        report->noteOutside(offset + readBytes, bytes - readBytes);
+    const auto* file = dynamic_cast<const NtfsFile*>(&found);
+    if (!file || !file->resident)
+        return VolumeScan::readContent(found, sink);
+    const QByteArray content = residentContent(file);
+    sink(0, content.constData(), quint64(content.size()));
+    return true;
+}
+
+QByteArray NtfsVolumeScan::residentContent(const NtfsFile* file)
+{
+    QByteArray record(int(geometry.recordBytes), '\0');
+    const qint64 got = file->recordOffset != 0 ? readVolume(record.data(), geometry.recordBytes, file->recordOffset)
+                                               : readRecord(record.data(), file->mftRecord);
+    MftRecordInfo info;
+    if (got < qint64(geometry.recordBytes) || !parseRecordHeader(reinterpret_cast<uint8_t*>(record.data()), info)) {
+        countReadErrors(1);
+        return {};
+    }
+    const quint64 start = qMin<quint64>(file->residentOffset, geometry.recordBytes);
+    return record.mid(int(start), int(qMin<quint64>(file->size, geometry.recordBytes - start)));
 }

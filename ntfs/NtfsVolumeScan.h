@@ -2,12 +2,11 @@
 #include "ntfs/DirectoryEntry.h"
 #include "ntfs/MftRecordInfo.h"
 #include "ntfs/NtfsGeometry.h"
-#include "scan/PartScan.h"
+#include "scan/VolumeScan.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QMap>
-#include <functional>
 
 struct DataRun;
 struct NtfsFile;
@@ -16,18 +15,18 @@ struct NtfsFile;
 // The constructor reads the boot sector and the $MFT record; a scan run walks
 // the MFT and far beyond its end for deleted file records and files them in
 // the result tree; a restore run writes the checked folders' files out.
-class NtfsVolumeScan : public PartScan {
+class NtfsVolumeScan : public VolumeScan {
     Q_OBJECT
 public:
     explicit NtfsVolumeScan(const QString& deviceName, QObject* parent = nullptr);
     NtfsVolumeScan(const QString& deviceName, DeviceHandle handle, quint64 partOffset, QObject* parent = nullptr);
     ~NtfsVolumeScan() override;
 
-    quint64 fileContent(char* buffer, FoundFile* record) override;
-    void undelete(QString targetDir) override;
-    void setRunning(bool running) override;
-    void stop() override;
     void parseBootSector() override;
+    bool extentsOf(const FoundFile& file, Extents* extents) const override;
+    bool hasContent(const FoundFile& file) const override;
+    // Resident content is read again from the record the scan found it in.
+    bool readContent(const FoundFile& file, const ContentSink& sink) override;
 
     // The checks of the boot sector and the $MFT record that the constructor
     // ends the program on, made without ending it: true when a scanner can be
@@ -60,21 +59,14 @@ public:
     quint64 bitmapClusters = 0;
 
 protected:
-    void run() override;
-    // The signature carving pass over the clusters clusterBitmap leaves free;
-    // adds what it finds to the totals.
-    virtual void carvingPass(quint64* running, quint64* results, quint64* totalSize);
+    bool scanMetadata(ScanTotals& totals) override;
+    quint64 progressTotal() const override;
+    // The signature carving pass over the clusters clusterBitmap leaves free.
+    void carveFreeBlocks(const CarvingContext& context) override;
+    void scanFinished() override;
 
 private:
-    struct ScanTotals {
-        quint64 position = 0;
-        quint64 results = 0;
-        quint64 totalSize = 0;
-        quint64 unreadableBatches = 0; // record clusters the device did not give
-    };
     enum class BatchPlace { Inside, OutsideVolume, PastEnd };
-    // Receives a file's content slice by slice; null data is a hole of zeros.
-    using ContentSink = std::function<void(quint64 offset, const char* data, quint64 bytes)>;
 
     void parseMftRecord(uint8_t* record, MftRecordInfo& info);
     void readMftBitmap(const uint8_t* record, int attrOffset, quint32 attrLength);
@@ -100,14 +92,10 @@ private:
     FolderNode* currentOrphanFolder();
     void markClusters(const NtfsFile* file);
 
-    RestoreFailure writeContent(NtfsFile* file, RestoreSink& sink);
-    QByteArray residentContent(const NtfsFile* file, bool* ok = nullptr);
-    // False when the device went while the runs were read. With report, the
-    // unreadable stretches are noted there in file offsets.
-    bool streamRuns(const NtfsFile* file, const ContentSink& sink, RestoreSink* report = nullptr);
-    void noteSlice(RestoreSink* report, const QList<BadRange>& bad, quint64 lcn, quint64 clustersRead,
-                   quint64 offset, quint64 bytes) const;
-    void freeTree();
+    // The record loop's end: far behind the live MFT's end.
+    qint64 recordLimit() const;
+    // Empty when the record can't be read again or no longer holds a record.
+    QByteArray residentContent(const NtfsFile* file);
 
     QString mountPoint; // of the volume while it is scanned, for the live-file test
 };

@@ -1,9 +1,12 @@
 #pragma once
 #include "results/FoundFile.h"
 
-#include <QList>
-
-// A file found in a FAT32 directory, or carved from its data area.
+// A file found in a FAT32 directory, or carved from its data area. Its
+// clusters are worked out from the FAT when its content is read.
 struct Fat32File : FoundFile {
-    QList<uint> clusters; // the content's clusters, in file order
+    quint32 firstCluster = 0;
+    // A carved file's content lies in this many consecutive clusters from the
+    // first. 0: the content follows the FAT chain and, where a delete cleared
+    // the chain, the free clusters behind its last one.
+    quint32 carvedClusters = 0;
 };

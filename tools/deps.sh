@@ -2,8 +2,10 @@
 # tests need, quietly, and only those that are missing.
 
 OSTREL_BUILD_PACKAGES="cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools
-  qt6-image-formats-plugins libgtest-dev libgmock-dev libblkid-dev fonts-noto-cjk xz-utils ccache"
-OSTREL_TEST_PACKAGES="forensics-samples-ntfs forensics-samples-vfat forensics-samples-files"
+  qt6-image-formats-plugins libgtest-dev libgmock-dev libblkid-dev libewf-dev libvhdi-dev libvmdk-dev libqcow-dev
+  fonts-noto-cjk xz-utils ccache"
+OSTREL_TEST_PACKAGES="forensics-samples-ntfs forensics-samples-vfat forensics-samples-exfat forensics-samples-files
+  qemu-utils ewf-tools"
 OSTREL_SANITIZE_PACKAGES="clang libclang-rt-14-dev"
 
 ostrel_install() {

@@ -43,6 +43,7 @@ struct DriveLayout {
 // MBR partition type codes that the scanners are chosen by.
 namespace PartitionType {
 constexpr quint8 Unknown = 0;
+constexpr quint8 Fat16 = 0x06;
 constexpr quint8 Ntfs = 0x07;
 constexpr quint8 Fat32 = 0x0B;
 constexpr quint8 Fat32Lba = 0x0C;

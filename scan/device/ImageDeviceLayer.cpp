@@ -1,5 +1,6 @@
 #include "scan/device/ImageDeviceLayer.h"
 #include "scan/device/FileSource.h"
+#include "scan/device/ImageSource.h"
 #include "scan/device/MemorySource.h"
 #include "scan/device/PartitionTable.h"
 #include "scan/device/VolumeLabel.h"
@@ -30,19 +31,21 @@ QString ImageDeviceLayer::defaultFolder()
 
 bool ImageDeviceLayer::describeFile(const QString& path, DiskInfo* out, int* error)
 {
-    std::shared_ptr<FileSource> source = FileSource::open(path, error);
+    std::shared_ptr<ByteSource> source = ImageSource::open(path, error);
     if (!source)
         return false;
     DiskInfo d;
     d.path = QFileInfo(path).canonicalFilePath();
     const DeviceHandle whole(source);
-    fillCommon(&d, QFileInfo(path).fileName(), source->size(), whole);
-    for (int i = 0; i < d.layout.entries.size(); ++i) {
+    fillCommon(&d, ImageSource::displayName(path), source->size(), whole);
+    // libblkid reads labels from a descriptor: plain image files only.
+    const auto* file = dynamic_cast<const FileSource*>(source.get());
+    for (int i = 0; file && i < d.layout.entries.size(); ++i) {
         const PartitionEntry& e = d.layout.entries[i];
-        d.labels[i] = VolumeLabel::probe(source->fd(), e.startingOffset, e.length);
+        d.labels[i] = VolumeLabel::probe(file->fd(), e.startingOffset, e.length);
     }
     d.open = [path](int* err) -> DeviceHandle {
-        std::shared_ptr<FileSource> s = FileSource::open(path, err);
+        std::shared_ptr<ByteSource> s = ImageSource::open(path, err);
         return s ? DeviceHandle(s) : DeviceHandle();
     };
     *out = d;
@@ -66,6 +69,8 @@ QList<DiskInfo> ImageDeviceLayer::discoverFolder(const QString& folder)
         return disks;
     const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Readable, QDir::Name);
     for (const QFileInfo& f : files) {
+        if (ImageSource::isContinuation(f.absoluteFilePath()))
+            continue;
         DiskInfo d;
         int err = 0;
         if (describeFile(f.absoluteFilePath(), &d, &err))

@@ -1,3 +1,4 @@
+#include "fat32/Fat32BootSector.h"
 #include "scan/device/PartitionTable.h"
 #include "scan/CheckedMath.h"
 #include "scan/LeReader.h"
@@ -68,6 +69,11 @@ PartitionTable::BootKind PartitionTable::bootKindOf(const QByteArray& sector)
         return BootKind::Ntfs;
     if (r.matches(0x52, "FAT32", 5))
         return BootKind::Fat32;
+    if (r.matches(3, "EXFAT   ", 8))
+        return BootKind::Exfat;
+    Fat32BootSector fat;
+    if (Fat32BootSector::parseAny(sector.constData(), size_t(sector.size()), &fat) && fat.fatBits != 32)
+        return BootKind::Fat;
     return BootKind::None;
 }
 
@@ -81,6 +87,8 @@ quint8 PartitionTable::typeForBootKind(BootKind kind)
     switch (kind) {
     case BootKind::Ntfs: return PartitionType::Ntfs;
     case BootKind::Fat32: return PartitionType::Fat32Lba;
+    case BootKind::Fat: return PartitionType::Fat16;
+    case BootKind::Exfat: return PartitionType::Ntfs; // exFAT shares NTFS's type code
     case BootKind::None: break;
     }
     return PartitionType::Other;

@@ -7,7 +7,7 @@
 // which gives one partition over the whole device).
 class PartitionTable {
 public:
-    enum class BootKind { None, Ntfs, Fat32 };
+    enum class BootKind { None, Ntfs, Fat32, Fat, Exfat }; // Fat: FAT12 or FAT16
 
     static DriveLayout read(const DeviceHandle& disk, quint32 sectorSize = 512);
 

@@ -74,7 +74,7 @@ struct CarvingVolume {
                 if (auto* n = dynamic_cast<NtfsFile*>(f))
                     extent = QStringLiteral("lcn%1+%2/%3").arg(n->runs[0]->lcn).arg(n->runs[0]->length).arg(n->runs[0]->vcnEnd);
                 else if (auto* fat = dynamic_cast<Fat32File*>(f))
-                    extent = QStringLiteral("c%1x%2").arg(fat->clusters.first()).arg(fat->clusters.size());
+                    extent = QStringLiteral("c%1x%2").arg(fat->firstCluster).arg(fat->carvedClusters);
                 out << QStringLiteral("%1/%2 %3 %4").arg(kind->name, f->name).arg(f->size).arg(extent);
             }
         }

@@ -3,7 +3,7 @@
 #include "cli/CliApp.h"
 #include "fixtures/CliRunner.h"
 #include "tools/demo/DemoDisk.h"
-#include "fixtures/DiskImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "diskscan/BootSectorProbe.h"
-#include "fixtures/DiskImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
 
 #include <gtest/gtest.h>
 

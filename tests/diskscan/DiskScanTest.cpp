@@ -1,10 +1,9 @@
 #include "diskscan/DiskScan.h"
-#include "fixtures/DiskImageBuilder.h"
-#include "fixtures/Fat32ImageBuilder.h"
-#include "fixtures/NtfsImageBuilder.h"
-#include "fixtures/SignalWaiter.h"
+#include "imaging/DiskImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
+#include "imaging/NtfsImageBuilder.h"
+#include "fixtures/ScanRun.h"
 #include "results/FolderNode.h"
-#include "scan/device/ImageDeviceLayer.h"
 
 #include <QSignalSpy>
 #include <QtEndian>
@@ -43,49 +42,6 @@ QByteArray fat32Volume(const QByteArray& content, const char* oem = "MSDOS5.0")
     return b.image();
 }
 
-// A disk search over an in-memory disk, run to its end.
-struct Search {
-    ImageDeviceLayer layer;
-    FolderNode top;
-    std::unique_ptr<DiskScan> scan;
-    QList<QList<QVariant>> begins;
-    int ends = 0;
-    quint64 results = 0;
-
-    explicit Search(const QByteArray& disk)
-    {
-        layer.addImageData("disk.img", disk);
-        DeviceLayer::setInstance(&layer);
-        scan = std::make_unique<DiskScan>(0);
-        scan->rootFolder = top.addChild("disk.img", 0, true);
-    }
-    ~Search()
-    {
-        scan.reset();
-        top.children.clear();
-        DeviceLayer::setInstance(nullptr);
-    }
-    void run()
-    {
-        QSignalSpy begin(scan.get(), &PartScan::diskScanBegin);
-        QSignalSpy end(scan.get(), &PartScan::diskScanEnd);
-        QSignalSpy done(scan.get(), &PartScan::scanDone);
-        scan->start();
-        waitForThread(scan.get());
-        ASSERT_EQ(done.count(), 1);
-        results = done.at(0).at(0).toULongLong();
-        for (const auto& b : begin)
-            begins.append(b);
-        ends = int(end.count());
-    }
-    QStringList folders() const
-    {
-        QStringList names;
-        for (const FolderNode* f : scan->rootFolder->children)
-            names.append(f->name);
-        return names;
-    }
-};
 } // namespace
 
 TEST(DiskScan, FindsVolumesBehindAWipedTableAtOddOffsetsAndRestoresThem)
@@ -100,32 +56,25 @@ TEST(DiskScan, FindsVolumesBehindAWipedTableAtOddOffsetsAndRestoresThem)
     disk.put(ntfsAt, ntfs);
     disk.put(fatAt, fat);
 
-    Search s(disk.bytes());
-    s.run();
-    EXPECT_EQ(s.folders(), QStringList({"0 NTFS", "1 FAT32"}));
-    ASSERT_EQ(s.begins.size(), 2);
-    EXPECT_EQ(s.begins[1].at(0).toInt(), 1);
-    EXPECT_EQ(s.begins[1].at(1).toString(), QString("FAT32"));
-    EXPECT_EQ(s.ends, 2);
+    ScanRun s(disk.bytes(), Fs::Disk);
+    ASSERT_TRUE(s.run());
+    EXPECT_EQ(s.topFolders(), QStringList({"0 NTFS", "1 FAT32"}));
+    ASSERT_EQ(s.diskBegins.size(), 2);
+    EXPECT_EQ(s.diskBegins[1].at(0).toInt(), 1);
+    EXPECT_EQ(s.diskBegins[1].at(1).toString(), QString("FAT32"));
+    EXPECT_EQ(s.diskEnds, 2);
     EXPECT_EQ(s.results, 2u);
-    ASSERT_EQ(s.scan->partScans.size(), 2);
-    EXPECT_EQ(s.scan->partScans[0]->partOffset, ntfsAt);
-    EXPECT_EQ(s.scan->partScans[1]->partOffset, fatAt);
+    const auto* search = static_cast<DiskScan*>(s.scan.get());
+    ASSERT_EQ(search->partScans.size(), 2);
+    EXPECT_EQ(search->partScans[0]->partOffset, ntfsAt);
+    EXPECT_EQ(search->partScans[1]->partOffset, fatAt);
 
     // Previews go through the scanner the file's folder names.
-    FolderNode* fatFolder = s.scan->rootFolder->children[1];
-    ASSERT_EQ(fatFolder->files.size(), 1);
-    s.scan->partIndex = fatFolder->partIndex;
-    QByteArray buf(int(s.scan->fileContent(nullptr, fatFolder->files[0])), '\0');
-    buf.resize(int(s.scan->fileContent(buf.data(), fatFolder->files[0])));
-    EXPECT_TRUE(buf == fatFile);
+    EXPECT_TRUE(s.content("1 FAT32/photo.jpg") == fatFile);
+    EXPECT_TRUE(s.content("0 NTFS/lost/report.txt") == ntfsFile);
 
     QTemporaryDir target;
-    QSignalSpy undone(s.scan.get(), &PartScan::undeleteDone);
-    s.scan->setRestoreDir(target.path());
-    s.scan->start();
-    waitForThread(s.scan.get());
-    EXPECT_EQ(undone.count(), 1);
+    ASSERT_TRUE(s.restore(target.path()));
     QFile a(target.filePath("disk.img/0 NTFS/lost/report.txt"));
     QFile b(target.filePath("disk.img/1 FAT32/photo.jpg"));
     ASSERT_TRUE(a.open(QIODevice::ReadOnly) && b.open(QIODevice::ReadOnly));
@@ -161,10 +110,10 @@ TEST(DiskScan, SkipsSmallNtfsAndForeignFat32AndStopsAtTheDisksEnd)
         disk.put(kMiB, ntfs);
         if (!fat.isEmpty())
             disk.put(kMiB + quint64(ntfs.size()) + 2 * kSector, fat);
-        Search s(disk.bytes());
-        s.run();
-        EXPECT_EQ(s.folders(), c.folders);
-        EXPECT_EQ(s.begins.size(), c.begins);
+        ScanRun s(disk.bytes(), Fs::Disk);
+        ASSERT_TRUE(s.run());
+        EXPECT_EQ(s.topFolders(), c.folders);
+        EXPECT_EQ(s.diskBegins.size(), c.begins);
     }
 }
 
@@ -174,11 +123,11 @@ TEST(DiskScan, StopEndsTheSearchWithWhatItFound)
     const QByteArray fat = fat32Volume(pattern(500, 5));
     disk.put(kMiB, fat);
     disk.put(kMiB + quint64(fat.size()) + 4 * kSector, fat);
-    Search s(disk.bytes());
+    ScanRun s(disk.bytes(), Fs::Disk);
     // Stop as soon as the first partition's scan is over: the second is never built.
     QObject::connect(s.scan.get(), &PartScan::diskScanEnd, s.scan.get(), [&] { s.scan->stop(); },
                      Qt::DirectConnection);
-    s.run();
-    EXPECT_EQ(s.folders(), QStringList({"0 FAT32"}));
+    ASSERT_TRUE(s.run());
+    EXPECT_EQ(s.topFolders(), QStringList({"0 FAT32"}));
     EXPECT_EQ(s.results, 1u);
 }

@@ -1,7 +1,7 @@
 // Images written by real FAT32 tools, scanned and restored through ostrel-cli.
 #include "PrintQString.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/Fat32ImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
 #include "fixtures/TestPaths.h"
 
 #include <QCoreApplication>

@@ -2,7 +2,7 @@
 #include "fat32/Fat32DirEntry.h"
 #include "fat32/Fat32LongName.h"
 #include "fat32/Fat32Table.h"
-#include "fixtures/Fat32ImageBuilder.h"
+#include "imaging/Fat32ImageBuilder.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

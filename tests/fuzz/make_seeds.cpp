@@ -1,7 +1,7 @@
 // Writes the fuzzers' seed inputs below the folder given (tests/fuzz/seeds),
 // one folder per target, from the image builders.
-#include "fixtures/DiskImageBuilder.h"
-#include "fixtures/SmallVolumes.h"
+#include "imaging/DiskImageBuilder.h"
+#include "imaging/SmallVolumes.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 // The decoders of on-disk structures, fed with hand-made and corrupted bytes.
-#include "fixtures/NtfsImageBuilder.h"
+#include "imaging/NtfsImageBuilder.h"
 #include "ntfs/FileNameAttribute.h"
 #include "ntfs/MftRecord.h"
 #include "ntfs/MftRecordInfo.h"

@@ -3,7 +3,7 @@
 // raised on a scan's own thread.
 #include "cli/CliApp.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/SmallVolumes.h"
+#include "imaging/SmallVolumes.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -2,10 +2,14 @@
 // scan ends with scanDone inside the time and memory limits (in a child, so a
 // crash or an unclamped allocation fails the case alone), or, where the volume
 // can't carry a scanner at all, with the fatal message that says why.
-#include "BoundedScan.h"
-#include "fixtures/SmallVolumes.h"
+#include "fat32/Fat32VolumeScan.h"
+#include "fixtures/ScanRun.h"
+#include "imaging/SmallVolumes.h"
 #include "ntfs/MftRecord.h"
 #include "ntfs/MftRecordInfo.h"
+#include "ntfs/NtfsVolumeScan.h"
+#include "results/FoundFile.h"
+#include "scan/device/MemorySource.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -184,31 +188,24 @@ const Case kCases[] = {
 // The child's side: scan, restore and preview, exit 0 when all ended as they should.
 [[noreturn]] void scanInChild(const Case& c)
 {
-    BoundedScan::capMemory();
-    BoundedScan s(c.make(), c.fs, true);
-    s.run();
-    if (!s.endedWithDone()) {
+    ScanRun::capMemory();
+    const QByteArray image = c.make();
+    ScanRun s(image, c.fs, true);
+    if (!s.run()) {
         std::fprintf(stderr, "scan ended with %d scanDone after %lld ms\n", s.doneSignals, s.elapsedMsecs);
         _exit(1);
     }
-    const quint64 volumeBytes = quint64(s.image.size());
-    QList<FolderNode*> folders{s.volume};
-    while (!folders.isEmpty()) {
-        FolderNode* f = folders.takeLast();
-        folders.append(f->children);
-        for (FoundFile* file : f->files) {
-            // A preview buffer is sized by this: never by a length the disk states unchecked.
-            const quint64 need = s.scan->fileContent(nullptr, file);
-            if (need > volumeBytes + (quint64(1) << 16)) {
-                std::fprintf(stderr, "preview of %s wants %llu bytes\n", qPrintable(file->name), static_cast<unsigned long long>(need));
-                _exit(1);
-            }
+    const quint64 volumeBytes = quint64(image.size());
+    for (FoundFile* file : s.files()) {
+        // A preview buffer is sized by this: never by a length the disk states unchecked.
+        const quint64 need = s.scan->fileContent(nullptr, file);
+        if (need > volumeBytes + (quint64(1) << 16)) {
+            std::fprintf(stderr, "preview of %s wants %llu bytes\n", qPrintable(file->name), static_cast<unsigned long long>(need));
+            _exit(1);
         }
     }
     QTemporaryDir target;
-    s.scan->setRestoreDir(target.path() + QStringLiteral("/out"));
-    s.scan->start();
-    waitForThread(s.scan.get());
+    s.restore(target.path() + QStringLiteral("/out"));
     const QStringList beside = QDir(target.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries);
     if (beside.size() > 1) {
         std::fprintf(stderr, "restore wrote beside its folder\n");
@@ -230,7 +227,7 @@ TEST_P(DamagedImage, EndsWithScanDoneOrItsFatalMessage)
     // The disk search asks this before it builds a scanner: it must foresee the constructor's end.
     EXPECT_EQ(c.fs == Fs::Ntfs ? NtfsVolumeScan::canOpen(handle, 0) : Fat32VolumeScan::canOpen(handle, 0), !c.fatal);
     if (c.fatal) {
-        EXPECT_DEATH(BoundedScan(image, c.fs).run(), c.fatal);
+        EXPECT_DEATH(ScanRun(image, c.fs), c.fatal);
     } else {
         EXPECT_EXIT(scanInChild(c), testing::ExitedWithCode(0), "");
     }

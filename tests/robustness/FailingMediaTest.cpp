@@ -1,11 +1,13 @@
 // Failing media: unreadable sectors, a device that vanishes, a source that
 // shrinks. Scans end with their results, bad stretches are reported, and a
 // restore marks exactly the files that hold them.
-#include "BoundedScan.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/SmallVolumes.h"
+#include "fixtures/ScanRun.h"
+#include "imaging/SmallVolumes.h"
+#include "scan/RestoreReport.h"
 #include "scan/device/DeviceHandle.h"
 
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <atomic>
 #include <cerrno>
@@ -108,24 +110,17 @@ TEST(FailingMedia, ScanEndsAndRestoreMarksOnlyTheFileWithTheBadSector)
     b.addFile(QStringLiteral("hit.bin"), hit);
     b.addFile(QStringLiteral("spared.bin"), spared);
     const QByteArray image = b.build();
-    const qsizetype at = image.indexOf(hit.mid(4096, 512));
-    ASSERT_GT(at, 0);
-    auto source = std::make_shared<FaultSource>(image);
-    source->bad = {{quint64(at), 512}};
-
-    BoundedScan s(image, Fs::Ntfs);
-    s.source = source;
-    s.run();
-    ASSERT_TRUE(s.endedWithDone());
+    const quint64 at = quint64(image.indexOf(hit.mid(4096, 512)));
+    ASSERT_GT(at, 0u);
+    ScanRun s(image, Fs::Ntfs, false, [at](quint64 position, quint64 bytes) { return !(position < at + 512 && at < position + bytes); });
+    ASSERT_TRUE(s.run());
     QTemporaryDir dir;
-    s.scan->setRestoreDir(dir.path());
     QSignalSpy done(s.scan.get(), &PartScan::undeleteDone);
-    s.scan->start();
-    waitForThread(s.scan.get());
+    ASSERT_TRUE(s.restore(dir.path()));
     ASSERT_EQ(done.count(), 1);
     EXPECT_EQ(done.at(0).at(1).toULongLong(), 1u); // damaged
     EXPECT_EQ(done.at(0).at(2).toULongLong(), 0u); // failed
-    EXPECT_EQ(s.scan->badRanges(), QList<BadRange>({{quint64(at), 512}}));
+    EXPECT_EQ(s.scan->badRanges(), QList<BadRange>({{at, 512}}));
     for (const RestoredFile& f : s.scan->restoreReport.files()) {
         SCOPED_TRACE(f.path.toStdString());
         const bool isHit = f.path.endsWith(QLatin1String("hit.bin"));
@@ -138,21 +133,17 @@ TEST(FailingMedia, ScanEndsAndRestoreMarksOnlyTheFileWithTheBadSector)
     for (const auto& [name, content] : {std::pair{QStringLiteral("spared.bin"), spared}, std::pair{QStringLiteral("hit.bin"), expectHit}}) {
         const QStringList found = CliRunner::filesBelow(dir.path()).filter(name);
         ASSERT_EQ(found.size(), 1);
-        QFile f(dir.filePath(found.first()));
-        ASSERT_TRUE(f.open(QIODevice::ReadOnly)) << name.toStdString();
-        EXPECT_EQ(f.readAll(), content);
+        EXPECT_EQ(CliRunner::readFile(dir.filePath(found.first())), content);
     }
 }
 
 TEST(FailingMedia, ADiskThatGoesEndsTheScanWithoutSpinning)
 {
     for (const Fs fs : {Fs::Ntfs, Fs::Fat32}) {
-        auto source = std::make_shared<FaultSource>(fs == Fs::Ntfs ? SmallVolumes::ntfs() : SmallVolumes::fat32());
-        source->vanishAfter = 8;
-        BoundedScan s(QByteArray(), fs);
-        s.source = source;
-        s.run();
-        EXPECT_TRUE(s.endedWithDone());
+        auto reads = std::make_shared<int>(0);
+        ScanRun s(fs == Fs::Ntfs ? SmallVolumes::ntfs() : SmallVolumes::fat32(), fs, false,
+                  [reads](quint64, quint64) { return ++*reads <= 8; });
+        EXPECT_TRUE(s.run());
         EXPECT_TRUE(s.scan->deviceFailed());
     }
 }

@@ -4,7 +4,7 @@
 // devices, so a symlink to the source's mount point does not get past it.
 #include "cli/CliApp.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/SmallVolumes.h"
+#include "imaging/SmallVolumes.h"
 #include "scan/device/SourceGuard.h"
 #include "scan/device/TargetDir.h"
 

@@ -1,15 +1,13 @@
 // Restores of hostile names stay inside the target folder, two files of one
 // name both survive with --keep-both, and the source is only ever opened for reading.
-#include "BoundedScan.h"
 #include "fixtures/CliRunner.h"
-#include "fixtures/SmallVolumes.h"
+#include "fixtures/ScanRun.h"
+#include "imaging/SmallVolumes.h"
+#include "results/FolderNode.h"
 #include "scan/RestoreTarget.h"
 #include "scan/SafeFileName.h"
 #include "scan/device/TargetDir.h"
-#include "scan/ScannerFactory.h"
-#include "scan/device/DeviceLayer.h"
 #include "scan/device/FileSource.h"
-#include "scan/device/ImageDeviceLayer.h"
 
 #include <QCryptographicHash>
 #include <QDirIterator>
@@ -49,14 +47,6 @@ QByteArray fatWithHostileNames()
     return b.image();
 }
 
-int filesFound(const FolderNode* folder)
-{
-    int n = int(folder->files.size());
-    for (const FolderNode* c : folder->children)
-        n += filesFound(c);
-    return n;
-}
-
 QStringList filesBelow(const QString& dir)
 {
     QStringList out;
@@ -71,19 +61,15 @@ TEST(RestoreSafety, HostileNamesStayInsideTheTarget)
 {
     for (const Fs fs : {Fs::Ntfs, Fs::Fat32}) {
         SCOPED_TRACE(fs == Fs::Ntfs ? "NTFS" : "FAT32");
-        BoundedScan s(fs == Fs::Ntfs ? ntfsWithHostileNames() : fatWithHostileNames(), fs);
-        s.run();
-        ASSERT_TRUE(s.endedWithDone());
+        ScanRun s(fs == Fs::Ntfs ? ntfsWithHostileNames() : fatWithHostileNames(), fs);
+        ASSERT_TRUE(s.run());
         QTemporaryDir root;
         const QString target = root.filePath(QStringLiteral("a/target"));
-        QSignalSpy written(s.scan.get(), &PartScan::undeleteOne);
-        s.scan->setRestoreDir(target);
-        s.scan->start();
-        waitForThread(s.scan.get());
+        ASSERT_TRUE(s.restore(target));
 
         const QStringList files = filesBelow(root.path());
-        EXPECT_EQ(int(written.count()), filesFound(s.volume));
-        EXPECT_EQ(files.size(), filesFound(s.volume)) << files.join('\n').toStdString();
+        EXPECT_EQ(s.written, s.files().size());
+        EXPECT_EQ(files.size(), s.files().size()) << files.join('\n').toStdString();
         for (const QString& f : files) {
             EXPECT_TRUE(f.startsWith(target + QLatin1Char('/'))) << f.toStdString();
             EXPECT_LE(QFileInfo(f).fileName().toUtf8().size(), 255);
@@ -181,24 +167,10 @@ TEST(RestoreSafety, SourceIsOnlyOpenedForReading)
         QList<int> flagsSeen;
         FileSource::setOpenObserver([&](const QString&, int flags) { flagsSeen.append(flags); });
         {
-            ImageDeviceLayer layer;
-            DeviceLayer::setInstance(&layer);
-            int error = 0;
-            const int disk = layer.addImageFile(image, &error);
-            ASSERT_GE(disk, 0);
-            FolderNode top;
-            std::unique_ptr<PartScan> scan(whole ? ScannerFactory::forDisk(disk)
-                                                 : ScannerFactory::forVolume(layer.lettersOfDisk(disk).value(0)));
-            ASSERT_TRUE(scan);
-            scan->rootFolder = whole ? new FolderNode : top.addChild(QStringLiteral("E"), 0, true);
-            scan->start();
-            waitForThread(scan.get());
-            scan->setRestoreDir(dir.filePath(QStringLiteral("out")));
-            scan->start();
-            waitForThread(scan.get());
-            scan.reset();
-            top.children.clear();
-            DeviceLayer::setInstance(nullptr);
+            ScanRun s(image, whole);
+            ASSERT_TRUE(s.scan);
+            ASSERT_TRUE(s.run());
+            ASSERT_TRUE(s.restore(dir.filePath(QStringLiteral("out"))));
         }
         FileSource::setOpenObserver(nullptr);
 

@@ -4,16 +4,12 @@
 // to the volume behind them.
 #include "diskscan/DiskScan.h"
 #include "fat32/Fat32VolumeScan.h"
-#include "fixtures/DiskImageBuilder.h"
-#include "fixtures/SignalWaiter.h"
-#include "fixtures/SmallVolumes.h"
+#include "imaging/DiskImageBuilder.h"
+#include "fixtures/ScanRun.h"
+#include "imaging/SmallVolumes.h"
 #include "ntfs/NtfsVolumeScan.h"
-#include "results/FolderNode.h"
-#include "scan/device/DeviceLayer.h"
-#include "scan/device/ImageDeviceLayer.h"
 #include "scan/device/MemorySource.h"
 
-#include <QSignalSpy>
 #include <gtest/gtest.h>
 
 namespace {
@@ -37,27 +33,6 @@ QByteArray strayFat32()
     return s;
 }
 
-struct Search {
-    ImageDeviceLayer layer;
-    std::unique_ptr<DiskScan> scan;
-    int done = 0;
-
-    explicit Search(const QByteArray& disk)
-    {
-        DeviceLayer::setInstance(&layer);
-        scan = std::make_unique<DiskScan>(layer.addImageData(QStringLiteral("disk.img"), disk));
-        scan->rootFolder = new FolderNode; // the search frees it with the partition folders
-        QSignalSpy spy(scan.get(), &PartScan::scanDone);
-        scan->start();
-        waitForThread(scan.get());
-        done = int(spy.count());
-    }
-    ~Search()
-    {
-        scan.reset();
-        DeviceLayer::setInstance(nullptr);
-    }
-};
 } // namespace
 
 TEST(StrayBootSector, SearchPassesOverItAndFindsTheVolumeBehind)
@@ -76,11 +51,12 @@ TEST(StrayBootSector, SearchPassesOverItAndFindsTheVolumeBehind)
         const DeviceHandle handle(std::make_shared<MemorySource>(disk));
         EXPECT_FALSE(c.ntfs ? NtfsVolumeScan::canOpen(handle, 8 * kSector) : Fat32VolumeScan::canOpen(handle, 8 * kSector));
 
-        Search s(disk);
-        EXPECT_EQ(s.done, 1);
-        ASSERT_EQ(s.scan->partScans.size(), 1);
-        EXPECT_TRUE(s.scan->partScans[0]->inherits("Fat32VolumeScan"));
-        EXPECT_EQ(s.scan->partScans[0]->partOffset, SmallVolumes::kDiskVolumeLba * kSector);
-        EXPECT_EQ(s.scan->totalResults, 2u);
+        ScanRun s(disk, Fs::Disk);
+        EXPECT_TRUE(s.run());
+        const auto* search = static_cast<DiskScan*>(s.scan.get());
+        ASSERT_EQ(search->partScans.size(), 1);
+        EXPECT_TRUE(search->partScans[0]->inherits("Fat32VolumeScan"));
+        EXPECT_EQ(search->partScans[0]->partOffset, SmallVolumes::kDiskVolumeLba * kSector);
+        EXPECT_EQ(search->totalResults, 2u);
     }
 }

@@ -1,4 +1,4 @@
-#include "fixtures/DiskImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
 #include "scan/device/DeviceHandle.h"
 #include "scan/device/FileSource.h"
 #include "scan/device/ImageDeviceLayer.h"

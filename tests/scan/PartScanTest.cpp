@@ -1,4 +1,4 @@
-#include "fixtures/DiskImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
 #include "fixtures/SignalWaiter.h"
 #include "scan/PartScan.h"
 #include "scan/device/ImageDeviceLayer.h"

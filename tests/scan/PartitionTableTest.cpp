@@ -1,4 +1,4 @@
-#include "fixtures/DiskImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
 #include "scan/device/MemorySource.h"
 #include "scan/device/PartitionTable.h"
 

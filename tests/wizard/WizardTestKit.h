@@ -1,59 +1,17 @@
 #pragma once
 #include <QApplication>
 #include <QBuffer>
-#include <QImage>
 #include <QDialog>
+#include <QImage>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QString>
 #include <QStringList>
 #include <QTimer>
 
-// Answers the next modal window that opens: remembers what it was and closes
-// it (a message box through its first button), so that a slot waiting in
-// exec() goes on. Made before the click that opens the window.
-class ModalAnswerer {
-public:
-    ModalAnswerer()
-    {
-        QTimer::singleShot(0, [this] { poll(); });
-    }
-    bool answered() const { return done; }
-    QString text() const { return seenText; }             // of a message box
-    QString className() const { return seenClass; }       // of any dialog
-    QString windowTitle() const { return seenTitle; }
-
-private:
-    void poll()
-    {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (!dialog) {
-            if (++tries < kMaxTries)
-                QTimer::singleShot(10, [this] { poll(); });
-            return;
-        }
-        done = true;
-        seenClass = QString::fromLatin1(dialog->metaObject()->className());
-        seenTitle = dialog->windowTitle();
-        if (auto* box = qobject_cast<QMessageBox*>(dialog)) {
-            seenText = box->text();
-            box->buttons().first()->click();
-        } else {
-            dialog->reject();
-        }
-    }
-
-    static constexpr int kMaxTries = 500;
-    int tries = 0;
-    bool done = false;
-    QString seenText;
-    QString seenClass;
-    QString seenTitle;
-};
-
-// Answers every message box of the wizard for as long as it lives, keeping
-// their texts in order: for flows in which boxes come from queued signals
-// (the end of a scan or a restore) at no fixed point of the test.
+// Answers modal windows for as long as it lives, so that a slot waiting in
+// exec() goes on: message boxes through their first button (their texts kept
+// in order) and, with rejectDialogs, other dialogs by rejecting them (their
+// class names kept). For windows that come at no fixed point of a test.
 class MessageRecorder {
 public:
     MessageRecorder()
@@ -62,15 +20,22 @@ public:
         timer.start(5);
     }
     QStringList texts;
+    QStringList dialogs;
+    bool rejectDialogs = false;
 
 private:
     void answer()
     {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (!box || !box->isVisible())
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (!dialog || !dialog->isVisible())
             return;
-        texts.append(box->text());
-        box->buttons().first()->click();
+        if (auto* box = qobject_cast<QMessageBox*>(dialog)) {
+            texts.append(box->text());
+            box->buttons().first()->click();
+        } else if (rejectDialogs) {
+            dialogs.append(QString::fromLatin1(dialog->metaObject()->className()));
+            dialog->reject();
+        }
     }
     QTimer timer;
 };

@@ -1,4 +1,4 @@
-#include "fixtures/DiskImageBuilder.h"
+#include "imaging/DiskImageBuilder.h"
 #include "scan/device/ImageDeviceLayer.h"
 #include "wizard/DeviceTreeRows.h"
 
@@ -36,8 +36,6 @@ class TestDeviceRows : public QObject {
 private slots:
     void cleanup() { DeviceLayer::setInstance(nullptr); }
     void mbrDiskAndBareVolume();
-    void capacityText_data();
-    void capacityText();
     void diskName_data();
     void diskName();
 };
@@ -67,25 +65,6 @@ void TestDeviceRows::mbrDiskAndBareVolume()
                                "        (E:/) [no label]|2.00 MB|0|E|1",
                            }));
     QVERIFY(!(tree.topLevelItem(0)->flags() & Qt::ItemIsSelectable));
-    QVERIFY(tree.topLevelItem(0)->font(1).bold());
-    QCOMPARE(tree.topLevelItem(1)->font(1).pointSize(), 10);
-}
-
-void TestDeviceRows::capacityText_data()
-{
-    QTest::addColumn<quint64>("bytes");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("one GiB") << (quint64(1) << 30) << "1.00 GB";
-    QTest::newRow("one byte less") << (quint64(1) << 30) - 1 << "1024.00 MB";
-    QTest::newRow("whole MiB only") << (quint64(3) << 30) + 1023 * 1024 << "3.00 GB";
-    QTest::newRow("1.5 MiB") << quint64(1536 * 1024) << "1.50 MB";
-}
-
-void TestDeviceRows::capacityText()
-{
-    QFETCH(quint64, bytes);
-    QFETCH(QString, text);
-    QCOMPARE(DeviceTreeRows::capacityText(bytes), text);
 }
 
 void TestDeviceRows::diskName_data()

@@ -12,7 +12,6 @@ private slots:
     void cleanup() { delete tree; }
 
     void typeClicksSettleTheCategory();
-    void categoryClickCarriesDown_data();
     void categoryClickCarriesDown();
     void fileFilter_data();
     void fileFilter();
@@ -61,25 +60,16 @@ void TestFileTypeChecks::typeClicksSettleTheCategory()
     QCOMPARE(type(0, 1)->checkState(0), Qt::Checked);
 }
 
-void TestFileTypeChecks::categoryClickCarriesDown_data()
-{
-    QTest::addColumn<int>("to");
-    QTest::newRow("to checked") << int(Qt::Checked);
-    QTest::newRow("to unchecked") << int(Qt::Unchecked);
-}
-
 void TestFileTypeChecks::categoryClickCarriesDown()
 {
-    QFETCH(int, to);
-    type(1, 0)->setCheckState(0, Qt::Unchecked); // leaves the category partly checked
-    QCOMPARE(category(1)->checkState(0), Qt::PartiallyChecked);
-    category(1)->setCheckState(0, Qt::CheckState(to));
-    QCOMPARE(int(category(1)->checkState(0)), to);
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(int(type(1, i)->checkState(0)), to);
+    for (const Qt::CheckState to : {Qt::Checked, Qt::Unchecked}) {
+        type(1, 0)->setCheckState(0, Qt::Unchecked); // leaves the category partly checked
+        QCOMPARE(category(1)->checkState(0), Qt::PartiallyChecked);
+        category(1)->setCheckState(0, to);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(type(1, i)->checkState(0), to);
+    }
 }
-
-
 
 void TestFileTypeChecks::fileFilter_data()
 {

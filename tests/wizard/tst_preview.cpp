@@ -73,10 +73,6 @@ void TestPreview::dumpOf17Bytes()
     PreviewDialog dialog(QStringLiteral("data.bin"), data.constData(), 17);
     QCOMPARE(editOf(dialog)->toPlainText(), want);
     QVERIFY(editOf(dialog)->isReadOnly());
-    QCOMPARE(text(dialog, "labelFileName"), QStringLiteral("文件名字： data.bin"));
-    QCOMPARE(text(dialog, "labelFileSize"), QStringLiteral("文件大小： 17 bytes"));
-    QCOMPARE(text(dialog, "labelPicSize"), QString());
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("预览"));
 }
 
 void TestPreview::dumpStopsAt1000Lines()
@@ -89,9 +85,6 @@ void TestPreview::dumpStopsAt1000Lines()
     QCOMPARE(lines.size(), 1000);
     QVERIFY(lines.last().startsWith(QStringLiteral("3E70  78 ")));
     QVERIFY(lines.last().endsWith(QStringLiteral("xxxxxxxxxxxxxxxy")));
-
-    PreviewDialog dialog(QStringLiteral("big"), data.constData(), 16001);
-    QCOMPARE(text(dialog, "labelFileSize"), QStringLiteral("文件大小： 16001 bytes"));
 }
 
 void TestPreview::pictureAtItsOwnSize()

@@ -9,8 +9,7 @@
 #include <memory>
 
 namespace {
-
-// top (invisible) -> C: -> { docs -> { a, b (3 files) }, pics -> { c -> { deep } } }
+// top (invisible) -> C: -> { docs -> { a, b (3 files) } + 1 file, pics -> { c -> { deep } } }
 struct SampleTree {
     SampleTree()
     {
@@ -27,8 +26,8 @@ struct SampleTree {
     }
     FolderNode top;
     FolderNode *root, *docs, *a, *b, *pics, *c, *deep;
+    QList<FolderNode*> all() const { return {root, docs, a, b, pics, c, deep}; }
 };
-
 } // namespace
 
 class TestTreeModel : public QObject {
@@ -36,16 +35,9 @@ class TestTreeModel : public QObject {
 private slots:
     void init();
     void cleanup();
-    void passesModelTester();
-    void displayCountsDirectEntries_data();
     void displayCountsDirectEntries();
-    void indexesFollowTheTree();
-    void filesRoleCarriesTheRecords();
-    void expandedSwitchesTheIcon();
-    void uncheckingRootClearsEverything();
-    void recheckingDeepFolderMarksPathPartly();
-    void checkingLastSiblingCompletesParents();
-    void checkChangeRepaintsEveryFolderWritten();
+    void checksCarryDownAndSettleUp_data();
+    void checksCarryDownAndSettleUp();
     void readsAreSafeWhileAScanAppends();
 
 private:
@@ -73,122 +65,53 @@ QModelIndex TestTreeModel::indexOf(FolderNode* node) const
     return model->index(int(node->parent->children.indexOf(node)), 0, indexOf(node->parent));
 }
 
-void TestTreeModel::passesModelTester()
-{
-    QAbstractItemModelTester tester(model.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model->setData(indexOf(tree->deep), Qt::Unchecked, Qt::CheckStateRole);
-}
-
-void TestTreeModel::displayCountsDirectEntries_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("visible root: two folders") << "root" << "C: (2)";
-    QTest::newRow("two folders and one file") << "docs" << "docs (3)";
-    QTest::newRow("files only") << "b" << "b (3)";
-    QTest::newRow("empty leaf") << "a" << "a (0)";
-    QTest::newRow("nothing below counted") << "pics" << "pics (1)";
-}
-
+// Folders are rows, files are not: a folder's text counts what lies directly below.
 void TestTreeModel::displayCountsDirectEntries()
 {
-    QFETCH(QString, path);
-    QFETCH(QString, text);
-    const QMap<QString, FolderNode*> nodes{{"root", tree->root}, {"docs", tree->docs}, {"a", tree->a},
-                                           {"b", tree->b}, {"pics", tree->pics}};
-    QCOMPARE(model->data(indexOf(nodes.value(path))).toString(), text);
+    QCOMPARE(model->rowCount(indexOf(tree->b)), 0);
+    const QStringList texts{"C: (2)", "docs (3)", "a (0)", "b (3)", "pics (1)", "c (1)", "deep (0)"};
+    for (int i = 0; i < texts.size(); ++i)
+        QCOMPARE(model->data(indexOf(tree->all()[i])).toString(), texts[i]);
+    QCOMPARE(model->data(indexOf(tree->b), TreeModel::FilesRole).value<FoundFileList>(), tree->b->files);
 }
 
-void TestTreeModel::indexesFollowTheTree()
+// Each row: clicks (folder index in all() * 10 + new state), then every
+// folder's state in all() order (U unchecked, P partly, C checked) and the
+// folders the last click repainted, by index.
+void TestTreeModel::checksCarryDownAndSettleUp_data()
 {
-    QCOMPARE(model->rowCount(), 1);
-    const QModelIndex root = model->index(0, 0);
-    QCOMPARE(root.internalPointer(), tree->root);
-    QVERIFY(!model->parent(root).isValid());
-
-    const QModelIndex pics = model->index(1, 0, root);
-    QCOMPARE(pics.internalPointer(), tree->pics);
-    QCOMPARE(model->parent(pics), root);
-    const QModelIndex deep = model->index(0, 0, model->index(0, 0, pics));
-    QCOMPARE(deep.internalPointer(), tree->deep);
-    QCOMPARE(model->parent(model->parent(deep)), pics);
-
-    const QModelIndex b = indexOf(tree->b);
-    QCOMPARE(model->rowCount(b), 0); // its files aren't rows
-    QVERIFY(!model->hasChildren(b));
-    QVERIFY(!model->index(2, 0, root).isValid());
-    QVERIFY(!model->index(0, 1, root).isValid());
-    QCOMPARE(model->rowCount(root.siblingAtColumn(0)), 2);
+    QTest::addColumn<QList<int>>("clicks");
+    QTest::addColumn<QString>("states");
+    QTest::addColumn<QList<int>>("repainted");
+    QTest::newRow("root off clears all") << QList<int>{0} << "UUUUUUU" << QList<int>{0, 1, 2, 3, 4, 5, 6};
+    QTest::newRow("deep back on marks its path") << QList<int>{0, 62} << "PUUUCCC" << QList<int>{0, 4, 5, 6};
+    QTest::newRow("sibling off, parent partly") << QList<int>{20} << "PPUCCCC" << QList<int>{0, 1, 2};
+    QTest::newRow("last sibling back completes") << QList<int>{20, 22} << "CCCCCCC" << QList<int>{0, 1, 2};
+    QTest::newRow("a subtree off: below and above") << QList<int>{40} << "PCCCUUU" << QList<int>{0, 4, 5, 6};
 }
 
-void TestTreeModel::filesRoleCarriesTheRecords()
+void TestTreeModel::checksCarryDownAndSettleUp()
 {
-    const QVariant value = model->data(indexOf(tree->b), TreeModel::FilesRole);
-    const FoundFileList files = value.value<FoundFileList>();
-    QCOMPARE(files, tree->b->files);
-    QVERIFY(model->data(indexOf(tree->a), TreeModel::FilesRole).value<FoundFileList>().isEmpty());
-}
-
-void TestTreeModel::expandedSwitchesTheIcon()
-{
-    const QModelIndex docs = indexOf(tree->docs);
-    const qint64 closed = model->data(docs, Qt::DecorationRole).value<QIcon>().cacheKey();
+    QFETCH(QList<int>, clicks);
+    QFETCH(QString, states);
+    QFETCH(QList<int>, repainted);
+    QAbstractItemModelTester tester(model.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     QSignalSpy changed(model.get(), &QAbstractItemModel::dataChanged);
-    QVERIFY(model->setData(docs, true, Qt::DecorationRole));
-    QVERIFY(tree->docs->expanded);
-    QVERIFY(model->data(docs, Qt::DecorationRole).value<QIcon>().cacheKey() != closed);
-    QVERIFY(!model->data(docs, Qt::DecorationRole).value<QIcon>().isNull());
-    QCOMPARE(changed.count(), 0);
-}
-
-void TestTreeModel::uncheckingRootClearsEverything()
-{
-    model->setData(indexOf(tree->root), Qt::Unchecked, Qt::CheckStateRole);
-    for (FolderNode* node : {tree->root, tree->docs, tree->a, tree->b, tree->pics, tree->c, tree->deep})
-        QCOMPARE(model->data(indexOf(node), Qt::CheckStateRole).toInt(), int(Qt::Unchecked));
-    QCOMPARE(tree->top.checkState, int(Qt::Checked)); // the invisible top never changes
-}
-
-void TestTreeModel::recheckingDeepFolderMarksPathPartly()
-{
-    model->setData(indexOf(tree->root), Qt::Unchecked, Qt::CheckStateRole);
-    model->setData(indexOf(tree->deep), Qt::Checked, Qt::CheckStateRole);
-    QCOMPARE(tree->deep->checkState, int(Qt::Checked));
-    QCOMPARE(tree->c->checkState, int(Qt::Checked)); // its only child is checked
-    QCOMPARE(tree->pics->checkState, int(Qt::Checked));
-    QCOMPARE(tree->root->checkState, int(Qt::PartiallyChecked));
-    QCOMPARE(tree->docs->checkState, int(Qt::Unchecked));
-
-    tree->c->addChild(QStringLiteral("other"), 0, true)->checkState = Qt::Unchecked;
-    model->setData(indexOf(tree->deep), Qt::Checked, Qt::CheckStateRole);
-    QCOMPARE(tree->c->checkState, int(Qt::PartiallyChecked));
-    QCOMPARE(tree->pics->checkState, int(Qt::PartiallyChecked));
-    QCOMPARE(tree->root->checkState, int(Qt::PartiallyChecked));
-}
-
-void TestTreeModel::checkingLastSiblingCompletesParents()
-{
-    model->setData(indexOf(tree->a), Qt::Unchecked, Qt::CheckStateRole);
-    QCOMPARE(tree->docs->checkState, int(Qt::PartiallyChecked));
-    QCOMPARE(tree->root->checkState, int(Qt::PartiallyChecked));
-    model->setData(indexOf(tree->a), Qt::Checked, Qt::CheckStateRole);
-    QCOMPARE(tree->docs->checkState, int(Qt::Checked));
-    QCOMPARE(tree->root->checkState, int(Qt::Checked));
-}
-
-void TestTreeModel::checkChangeRepaintsEveryFolderWritten()
-{
-    QSignalSpy changed(model.get(), &QAbstractItemModel::dataChanged);
-    model->setData(indexOf(tree->pics), Qt::Unchecked, Qt::CheckStateRole);
-    QSet<void*> repainted;
-    for (const QList<QVariant>& args : changed) {
-        const QModelIndex at = args.at(0).toModelIndex();
-        QVERIFY(at.isValid());
-        QCOMPARE(args.at(1).toModelIndex(), at);
-        repainted.insert(at.internalPointer());
+    for (int click : clicks) {
+        changed.clear();
+        QVERIFY(model->setData(indexOf(tree->all()[click / 10]), click % 10, Qt::CheckStateRole));
     }
-    // pics, c, deep below; root above.
-    QCOMPARE(repainted, (QSet<void*>{tree->pics, tree->c, tree->deep, tree->root}));
+    QString got;
+    for (FolderNode* node : tree->all())
+        got += QStringLiteral("UPC").at(model->data(indexOf(node), Qt::CheckStateRole).toInt());
+    QCOMPARE(got, states);
+    QSet<void*> want, seen;
+    for (int i : repainted)
+        want.insert(tree->all()[i]);
+    for (const QList<QVariant>& args : changed)
+        seen.insert(args.at(0).toModelIndex().internalPointer());
+    QCOMPARE(seen, want);
+    QCOMPARE(tree->top.checkState, int(Qt::Checked)); // the invisible top never changes
 }
 
 // A scan thread appending folders and files while the view reads must not

@@ -1,0 +1,20 @@
+#pragma once
+#include <QList>
+#include <QtGlobal>
+
+class PartScan;
+struct FoundFile;
+
+// Where a found file's content lies in the image, for forensic listings: runs
+// of bytes at offsets from the start of the disk or image, in file order.
+class ByteRuns {
+public:
+    struct Run {
+        quint64 fileOffset = 0;
+        quint64 imageOffset = 0;
+        quint64 length = 0;
+    };
+    // The runs of a file that scanner found; empty where they are not known
+    // (content inside an MFT record, scanners of a whole-disk search).
+    static QList<Run> of(const PartScan* scanner, const FoundFile* file);
+};

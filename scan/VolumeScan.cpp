@@ -1,0 +1,202 @@
+#include "scan/VolumeScan.h"
+#include "carving/CarvingContext.h"
+#include "results/FolderNode.h"
+#include "results/ResultTreeLock.h"
+#include "scan/CheckedMath.h"
+#include "scan/RestoreSink.h"
+
+#include <QWriteLocker>
+#include <climits>
+#include <cstring>
+
+namespace {
+// Units of work between two looks at the pause-and-stop state: often enough
+// for a prompt pause, rarely enough that the lock costs nothing.
+constexpr int kCheckEvery = 1000;
+// A progress bar shows no finer steps; one queued signal per entry would flood the window.
+constexpr qint64 kProgressMsecs = 100;
+// The carving pass has a tenth of the progress scale behind the metadata pass.
+constexpr double kCarvingShare = 1.1;
+} // namespace
+
+namespace {
+// The last device read of a restore on this thread, so the slice handed to the
+// sink right after it can be told which of its bytes are zeros standing in for
+// unreadable sectors. Thread-local: previews read on other threads meanwhile.
+struct SliceRead {
+    QList<BadRange> bad;
+    quint64 position = 0;
+    quint64 bytes = 0;
+    qint64 got = 0;
+    bool fresh = false;
+};
+thread_local SliceRead* restoreRead = nullptr;
+} // namespace
+
+VolumeScan::VolumeScan(const QString& name, QObject* parent) : PartScan(name, parent) {}
+
+VolumeScan::VolumeScan(const QString& name, DeviceHandle h, quint64 offset, QObject* parent)
+    : PartScan(name, std::move(h), offset, parent)
+{
+}
+
+VolumeScan::~VolumeScan()
+{
+    stopAndWait();
+    freeTree();
+}
+
+void VolumeScan::freeTree()
+{
+    QWriteLocker lock(&ResultTreeLock::lock());
+    delete rootFolder;
+    rootFolder = nullptr;
+}
+
+void VolumeScan::setRunning(bool running) { pauseOrResume(running); }
+void VolumeScan::stop() { requestStop(); }
+
+void VolumeScan::run()
+{
+    if (!restoreDir.isEmpty())
+        undelete(restoreDir);
+    else
+        scan();
+}
+
+void VolumeScan::scan()
+{
+    if (rootFolder)
+        rootFolder->partIndex = partIndex;
+    qCritical("begin");
+    {
+        QMutexLocker lock(&mutex);
+        runState = Running;
+    }
+    const double scale = double(progressTotal()) * (doExtra ? kCarvingShare : 1.0);
+    emit scanBegin(int(qMin(scale, double(INT_MAX))));
+    m_progressClock.start();
+    m_sinceCheck = 0;
+    ScanTotals totals;
+    const bool finished = rootFolder && scanMetadata(totals);
+    qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
+              static_cast<unsigned long long>(totals.totalSize));
+    if (doExtra && finished) {
+        CarvingContext c;
+        c.root = rootFolder;
+        c.partIndex = partIndex;
+        c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
+        c.checkPoint = [this] { return checkPoint(); };
+        c.scanOne = [this](int done) { reportProgress(quint32(done)); };
+        c.runningNumber = &totals.position;
+        c.results = &totals.results;
+        c.totalSize = &totals.totalSize;
+        carveFreeBlocks(c);
+    }
+    scanFinished();
+    emit scanDone(totals.results, totals.totalSize);
+    qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
+              static_cast<unsigned long long>(totals.totalSize));
+}
+
+bool VolumeScan::step(quint64 position)
+{
+    if (++m_sinceCheck >= kCheckEvery) {
+        m_sinceCheck = 0;
+        if (checkPoint())
+            return true;
+    }
+    reportProgress(position);
+    return false;
+}
+
+void VolumeScan::reportProgress(quint64 position)
+{
+    if (!m_progressClock.isValid() || m_progressClock.elapsed() < kProgressMsecs)
+        return;
+    m_progressClock.restart();
+    emit scanOne(int(qMin<quint64>(position, INT_MAX)));
+}
+
+qint64 VolumeScan::readVolume(void* buffer, quint64 bytes, quint64 volumeOffset)
+{
+    uint64_t position = 0;
+    if (!checked::add(partOffset, volumeOffset, &position)) {
+        ++m_readErrors;
+        return -1;
+    }
+    QList<BadRange>* bad = restoreRead ? &restoreRead->bad : nullptr;
+    if (bad)
+        bad->clear();
+    const qint64 got = read(buffer, bytes, position, bad);
+    if (restoreRead) {
+        restoreRead->position = position;
+        restoreRead->bytes = bytes;
+        restoreRead->got = got;
+        restoreRead->fresh = true;
+    }
+    if (got < 0)
+        ++m_readErrors;
+    return got;
+}
+
+bool VolumeScan::hasContent(const FoundFile& file) const
+{
+    Extents extents;
+    return extentsOf(file, &extents);
+}
+
+bool VolumeScan::readContent(const FoundFile& file, const ContentSink& sink)
+{
+    Extents extents;
+    if (!extentsOf(file, &extents))
+        return false;
+    const auto readAt = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
+    m_readErrors += ExtentReader::stream(extents, readAt, sink);
+    return true;
+}
+
+quint64 VolumeScan::fileContent(char* buffer, FoundFile* record)
+{
+    if (!record)
+        return 0;
+    if (!buffer)
+        return record->size;
+    std::memset(buffer, 0, size_t(record->size));
+    const quint64 size = record->size;
+    const bool any = readContent(*record, [buffer, size](quint64 at, const char* data, quint64 bytes) {
+        if (data && at < size)
+            std::memcpy(buffer + at, data, size_t(qMin(bytes, size - at)));
+    });
+    return any ? record->size : 0;
+}
+
+void VolumeScan::undelete(QString targetDir)
+{
+    restoreTree(targetDir, [this](FoundFile* file, RestoreSink& sink) { return writeContent(*file, sink); });
+    finishRestore();
+}
+
+RestoreFailure VolumeScan::writeContent(const FoundFile& file, RestoreSink& sink)
+{
+    if (!hasContent(file))
+        return file.size == 0 ? RestoreFailure::None : RestoreFailure::RecordUnreadable;
+    SliceRead slice;
+    restoreRead = &slice;
+    bool gone = false;
+    // Holes are left unwritten; the final resize fills them with zeros.
+    readContent(file, [&](quint64 offset, const char* data, quint64 bytes) {
+        if (slice.fresh) {
+            slice.fresh = false;
+            gone = gone || slice.got < 0;
+            const quint64 kept = slice.got > 0 ? quint64(slice.got) : 0;
+            sink.noteBadReads(slice.bad, slice.position, offset, bytes);
+            if (kept < qMin(bytes, slice.bytes))
+                sink.noteOutside(offset + kept, qMin(bytes, slice.bytes) - kept);
+        }
+        if (data && !gone)
+            sink.write(offset, data, bytes);
+    });
+    restoreRead = nullptr;
+    return gone ? RestoreFailure::DeviceFailed : RestoreFailure::None;
+}

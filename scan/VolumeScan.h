@@ -1,0 +1,103 @@
+#pragma once
+#include "results/Extent.h"
+#include "scan/ExtentReader.h"
+#include "scan/PartScan.h"
+
+#include <QElapsedTimer>
+#include <atomic>
+
+struct CarvingContext;
+
+// Base of the scanner of one volume of any file system. It owns what every
+// volume scanner does the same way: run() as a scan or, with restoreDir set, a
+// restore; scanBegin, throttled scanOne, the check points and scanDone; the
+// hand-off to the carving pass; reading a found file's content for previews and
+// for the restore; and one policy for read errors: what can't be read counts
+// as zeros and is counted (readErrors), and the scan or restore goes on.
+//
+// A file system adds, in a subclass:
+//  - opening: the constructor reads what it needs and calls setVolumeBytes();
+//  - scanMetadata(): walks its metadata, files deleted files below rootFolder,
+//    counts them in the totals and calls step() at each unit of its work;
+//  - progressTotal(): the last position step() will be given;
+//  - extentsOf(): a found file's content as extents, built with ExtentList
+//    (which clamps them to the volume);
+//  - carveFreeBlocks(): the carving pass over its free blocks;
+//  - optionally readContent() (content that is not in extents) and
+//    scanFinished() (drop what only the scan needed).
+class VolumeScan : public PartScan {
+    Q_OBJECT
+public:
+    using ContentSink = ExtentReader::Sink;
+
+    explicit VolumeScan(const QString& deviceName, QObject* parent = nullptr);
+    VolumeScan(const QString& deviceName, DeviceHandle handle, quint64 partOffset, QObject* parent = nullptr);
+    // Stops the thread and frees the tree below rootFolder, which the scanner owns.
+    ~VolumeScan() override;
+
+    // With a null buffer the file's size; otherwise fills size bytes of buffer
+    // and returns the size, or 0 when the record holds no content.
+    quint64 fileContent(char* buffer, FoundFile* record) override;
+    // Writes the checked folders' files below targetDir (see RestoreWalk).
+    void undelete(QString targetDir) override;
+    void setRunning(bool running) override;
+    void stop() override;
+
+    // A found file's content as extents in file order, clamped to the volume
+    // and to the file's size. False when the record holds nothing to read
+    // (then nothing is written for it) or is not of this file system.
+    virtual bool extentsOf(const FoundFile& file, Extents* extents) const = 0;
+    // Whether extentsOf has content for the file; the restore asks before it
+    // makes a file. By default by building the extents.
+    virtual bool hasContent(const FoundFile& file) const;
+    // Streams a found file's content; false when there is none. By default
+    // over extentsOf; a file system overrides it for content kept elsewhere.
+    virtual bool readContent(const FoundFile& file, const ContentSink& sink);
+
+    // Bytes of the volume that lie on the device: no read goes behind them.
+    quint64 volumeBytes() const { return m_volumeBytes; }
+    // Reads that failed or fell short, in scans and restores.
+    quint64 readErrors() const { return m_readErrors; }
+
+protected:
+    struct ScanTotals {
+        quint64 position = 0; // the progress figure; the carving pass goes on from it
+        quint64 results = 0;
+        quint64 totalSize = 0;
+    };
+
+    // The metadata pass: files what it finds, counts it in totals and calls
+    // step() at each unit of work. False when a check point said stop.
+    virtual bool scanMetadata(ScanTotals& totals) = 0;
+    // The last position the metadata pass reports, for scanBegin's scale.
+    virtual quint64 progressTotal() const = 0;
+    // Runs the carving pass (CarvingPass) over the file system's free blocks.
+    virtual void carveFreeBlocks(const CarvingContext& context) = 0;
+    // After both passes, before scanDone: drops what only the scan needed.
+    virtual void scanFinished() {}
+
+    // One unit of the metadata pass, at progress figure position: a check
+    // point every kCheckEvery units, progress at most every kProgressMsecs.
+    // True when the scan is to stop.
+    bool step(quint64 position);
+    // Emits scanOne when the last one was at least kProgressMsecs ago.
+    void reportProgress(quint64 position);
+    // Reads at a byte offset of the volume; bytes read, possibly short, or -1 (counted).
+    qint64 readVolume(void* buffer, quint64 bytes, quint64 volumeOffset);
+    void setVolumeBytes(quint64 bytes) { m_volumeBytes = bytes; }
+    void countReadErrors(quint64 count) { m_readErrors += count; }
+    // Frees the tree below rootFolder under the tree's write lock.
+    virtual void freeTree();
+
+    void run() override;
+
+private:
+    void scan();
+    // Writes one file's content for the restore, noting the stretches that read as zeros.
+    RestoreFailure writeContent(const FoundFile& file, RestoreSink& sink);
+
+    quint64 m_volumeBytes = 0;
+    std::atomic<quint64> m_readErrors{0};
+    QElapsedTimer m_progressClock;
+    int m_sinceCheck = 0;
+};
