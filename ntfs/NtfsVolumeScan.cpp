@@ -203,10 +203,14 @@ void NtfsVolumeScan::readMftBitmap(const uint8_t* record, int attrOffset, quint3
         const quint64 count = qMin(run->length, arrayClusters - done);
         if (count == 0)
             break;
+        // Only a device that has gone fails here; the bitmap part left at zero
+        // treats those records as deleted, which a scan lists all the same.
         if (!run->sparse
             && readBlocks(mftBitmap.data() + (done << geometry.clusterShift), quint32(count), run->lcn,
-                          geometry.clusterShift) < 0)
-            qFatal("NtfsVolume::open(): cannot read main mft bitmap");
+                          geometry.clusterShift) < 0) {
+            qCritical("NtfsVolumeScan: cannot read the MFT bitmap");
+            break;
+        }
         done += count;
     }
     qDeleteAll(runs);
