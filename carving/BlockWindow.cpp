@@ -31,6 +31,13 @@ void BlockWindow::noteEnd(qint64 got, quint64 offset)
         m_deviceEnd = qMin(m_deviceEnd, offset);
 }
 
+const uchar* BlockWindow::block(quint64 index, size_t* bytes)
+{
+    const uchar* b = block(index);
+    *bytes = !b ? 0 : index < m_readEnd && index >= m_start ? size_t((m_readEnd - index) * m_layout.blockBytes) : size_t(m_layout.blockBytes);
+    return b;
+}
+
 const uchar* BlockWindow::block(quint64 index)
 {
     if (pastEnd(index))

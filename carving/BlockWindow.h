@@ -22,13 +22,15 @@ public:
         quint64 endBlock = 0;    // blocks from here on are never read
     };
 
-    static constexpr quint64 kChunkBytes = quint64(1) << 20; // large enough to amortise a read, small enough to keep
+    static constexpr quint64 kChunkBytes = quint64(8) << 20; // large enough to read at the disk's speed, small enough to keep
 
     BlockWindow(ReadFn read, const Layout& layout, WantedFn wanted);
 
     // The block's bytes, valid until the next call, or null when they could
     // not all be read. Blocks are expected in ascending order.
     const uchar* block(quint64 index);
+    // The same, and how many bytes from the block's start on are at hand in one piece.
+    const uchar* block(quint64 index, size_t* bytes);
 
     // True when the block lies at or behind a position where the device
     // reported its end: it and every later block can't be read.

@@ -1,15 +1,14 @@
 #pragma once
-#include "carving/CarvedKind.h"
-
+#include <QHash>
+#include <QSet>
 #include <QString>
-#include <array>
 
 struct FolderNode;
 struct FoundFile;
 
 // Where carved files go in the result tree: the folder "额外文件" below the
-// volume folder, and below it one folder per kind at a time, numbered, each
-// holding a bounded number of files. Also gives the carved files their names.
+// volume folder, and below it one folder per extension at a time, numbered,
+// each holding a bounded number of files. Also gives the carved files their names.
 class CarvedFolders {
 public:
     // Makes "额外文件" at once, so a pass that finds nothing still shows it.
@@ -17,14 +16,14 @@ public:
 
     FolderNode* extraFolder() const { return m_extra; }
 
-    // "F%1.<ext>" with the running number in at least nine digits. A number an
-    // earlier name of this pass took is raised to the next free one, so names
-    // stay unique when several hits share one running number.
-    QString takeName(CarvedKind kind, quint64 runningNumber);
+    // The stem the content gave ("IMG_20191224_234846"), made unique with a
+    // running suffix; without one "F%1" with the running number in at least
+    // nine digits, raised past numbers earlier names of this pass took.
+    QString takeName(const QString& extension, const QString& stem, quint64 runningNumber);
 
-    // Appends the finished record to the kind's current folder, opening the
-    // next one when that is full. The folder owns the record from then on.
-    void file(CarvedKind kind, FoundFile* record);
+    // Appends the finished record to the extension's current folder, opening
+    // the next one when that is full. The folder owns the record from then on.
+    void file(const QString& extension, FoundFile* record);
 
     static constexpr int kFilesPerFolder = 20; // keeps a folder's list short enough to browse
 
@@ -38,6 +37,7 @@ private:
     FolderNode* m_extra;
     int m_partIndex;
     bool m_ntfs;
-    std::array<KindFolder, kCarvedKindCount> m_kinds;
+    QHash<QString, KindFolder> m_kinds;
+    QSet<QString> m_stems;
     quint64 m_nextFreeNumber = 0;
 };

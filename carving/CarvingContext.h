@@ -1,4 +1,7 @@
 #pragma once
+#include "results/Extent.h"
+
+#include <QString>
 #include <QtGlobal>
 #include <functional>
 
@@ -19,9 +22,17 @@ struct CarvingContext {
     quint64* runningNumber = nullptr;
     quint64* results = nullptr;
     quint64* totalSize = nullptr;
+    // Where the files the metadata pass listed lie on the volume, in ascending
+    // order without overlaps: no carved file starts or runs in them.
+    Extents listed;
+    // Bytes of the volume on the device; no block behind them is walked. 0: unknown.
+    quint64 volumeBytes = 0;
+    // Whether a found file of this name is of a type the user chose; empty: all are.
+    std::function<bool(const QString& name)> accepts;
 };
 
-// An NTFS volume as the pass walks it: the clear bits of the cluster bitmap.
+// An NTFS volume as the pass walks it: the clear bits of the cluster bitmap
+// (the metadata pass sets the bits of the first cluster of each file it listed).
 struct NtfsCarvingGeometry {
     quint32 clusterBytes = 4096;     // from the boot sector; a power of two
     const quint8* bitmap = nullptr;  // null: every cluster counts as free
@@ -29,9 +40,23 @@ struct NtfsCarvingGeometry {
     quint64 clusterCount = 0;        // clusters on the volume; 0 with a bitmap: as many as it describes
 };
 
-// A FAT32 volume as the pass walks it: every cluster the FAT has an entry for, from 8 on.
+// A FAT32 volume as the pass walks it: the clusters the FAT has an entry for,
+// from the first data cluster on, that are free.
 struct Fat32CarvingGeometry {
     quint32 clusterBytes = 0; // a power of two
     quint64 dataOffset = 0;   // volume byte offset of cluster 2
     quint64 fatBytes = 0;     // size of one FAT: fatBytes / 4 entries
+    // Whether the cluster is free and holds no file the metadata pass listed; empty: all are.
+    std::function<bool(quint64 cluster)> clusterFree;
+};
+
+// The blocks one walk of the pass covers, whatever the file system: block n
+// lies at firstOffset + (n - firstBlock) * blockBytes.
+struct CarvingRegion {
+    quint32 blockBytes = 0;   // a power of two
+    quint64 firstBlock = 0;
+    quint64 firstOffset = 0;
+    quint64 endBlock = 0;     // blocks from here on are not walked
+    // Whether the block may hold a carved file's bytes; empty: every block.
+    std::function<bool(quint64 block)> free;
 };

@@ -1,32 +1,24 @@
 #include "carving/CarvingPass.h"
 #include "carving/BlockWindow.h"
+#include "carving/CarveKinds.h"
+#include "carving/CarveSource.h"
 #include "results/DataRun.h"
 #include "results/Fat32File.h"
 #include "results/NtfsFile.h"
 #include "scan/CheckedMath.h"
 
 #include <QDebug>
+#include <algorithm>
 
 namespace {
 constexpr quint64 kFat32FirstDataCluster = 2; // clusters 0 and 1 have FAT entries but no place on disk
-// The walk leaves out the first data clusters, where the root directory begins.
-constexpr quint64 kFat32FirstCarvedCluster = 8;
 constexpr quint32 kFatEntryBytes = 4;
 constexpr quint64 kFat32ClusterLimit = quint64(1) << 28; // FAT32 entries have 28 bits; the top four are reserved
 constexpr int kBitsPerByte = 8;
-
-int shiftOf(quint64 powerOfTwo)
-{
-    int shift = 0;
-    while (shift < 63 && (quint64(1) << shift) < powerOfTwo)
-        ++shift;
-    return shift;
-}
 } // namespace
 
-CarvingPass::CarvingPass(const CarvingContext& context, quint32 blockBytes, bool ntfs)
-    : m_context(context), m_blockBytes(blockBytes), m_blockShift(shiftOf(blockBytes)), m_ntfs(ntfs),
-      m_lengths(ntfs ? SignatureTest::ntfsLengths() : SignatureTest::fat32Lengths(blockBytes)),
+CarvingPass::CarvingPass(const CarvingContext& context, const CarvingRegion& region, bool ntfs, const RecordFn& record)
+    : m_context(context), m_region(region), m_kinds(CarveKinds::all()), m_record(record),
       m_folders(context.root, context.partIndex, ntfs)
 {
 }
@@ -41,77 +33,85 @@ bool CarvingPass::contextUsable(const CarvingContext& context)
 
 bool CarvingPass::blockSizeUsable() const
 {
-    const bool usable = checked::isPowerOfTwo(m_blockBytes) && m_blockBytes >= kMinBlockBytes && m_blockBytes <= kMaxBlockBytes;
+    const quint32 bytes = m_region.blockBytes;
+    const bool usable = checked::isPowerOfTwo(bytes) && bytes >= kMinBlockBytes && bytes <= kMaxBlockBytes;
     if (!usable)
-        qCritical("%s: cluster size %u refused, nothing carved", "CarvingPass", m_blockBytes);
+        qCritical("%s: cluster size %u refused, nothing carved", "CarvingPass", bytes);
     return usable;
 }
 
-template <typename Geometry>
-bool CarvingPass::run(const CarvingContext& context, const Geometry& geometry, bool ntfs,
-                      bool (CarvingPass::*walk)(const Geometry&))
+bool CarvingPass::run(const CarvingContext& context, const CarvingRegion& region, bool ntfsFolders, const RecordFn& record)
 {
     qDebug("doextra");
     if (!contextUsable(context))
         return true;
-    CarvingPass pass(context, geometry.clusterBytes, ntfs);
-    return !pass.blockSizeUsable() || (pass.*walk)(geometry);
+    CarvingRegion bounded = region;
+    // A file system that claims more blocks than the device holds is walked to the device's end only.
+    if (context.volumeBytes > region.firstOffset && region.blockBytes)
+        bounded.endBlock = qMin(region.endBlock, region.firstBlock + (context.volumeBytes - region.firstOffset) / region.blockBytes);
+    CarvingPass pass(context, bounded, ntfsFolders, record);
+    return !pass.blockSizeUsable() || pass.walk();
 }
 
 bool CarvingPass::runNtfs(const CarvingContext& context, const NtfsCarvingGeometry& geometry)
 {
-    return run(context, geometry, true, &CarvingPass::walkNtfs);
+    const quint8* bitmap = geometry.bitmap;
+    const quint64 described = bitmap ? checked::mulSat(geometry.bitmapBytes, kBitsPerByte) : geometry.clusterCount;
+    CarvingRegion region;
+    region.blockBytes = geometry.clusterBytes;
+    region.endBlock = geometry.clusterCount ? qMin(geometry.clusterCount, described) : described;
+    if (bitmap)
+        region.free = [bitmap](quint64 c) { return !((bitmap[c / kBitsPerByte] >> (c % kBitsPerByte)) & 1); };
+    return run(context, region, true, [](const Found& found) {
+        auto* run = new DataRun;
+        run->lcn = found.firstBlock;
+        run->length = found.blocks;
+        run->vcnEnd = found.blocks;
+        auto* file = new NtfsFile;
+        file->resident = false;
+        file->runs.append(run);
+        return file;
+    });
 }
 
 bool CarvingPass::runFat32(const CarvingContext& context, const Fat32CarvingGeometry& geometry)
 {
-    return run(context, geometry, false, &CarvingPass::walkFat32);
+    CarvingRegion region;
+    region.blockBytes = geometry.clusterBytes;
+    region.firstBlock = kFat32FirstDataCluster;
+    region.firstOffset = geometry.dataOffset;
+    region.endBlock = qMin(geometry.fatBytes / kFatEntryBytes, kFat32ClusterLimit);
+    region.free = geometry.clusterFree;
+    return run(context, region, false, [](const Found& found) {
+        auto* file = new Fat32File;
+        file->firstCluster = quint32(found.firstBlock);
+        file->carvedClusters = quint32(found.blocks);
+        return file;
+    });
 }
 
-bool CarvingPass::walkNtfs(const NtfsCarvingGeometry& geometry)
+bool CarvingPass::walk()
 {
-    const quint8* bitmap = geometry.bitmap;
-    const quint64 wholeBytes = geometry.clusterCount / kBitsPerByte + (geometry.clusterCount % kBitsPerByte ? 1 : 0);
-    const quint64 bitmapBytes = bitmap ? geometry.bitmapBytes : wholeBytes;
-    const quint64 described = checked::mulSat(bitmapBytes, kBitsPerByte);
-    const quint64 clusterEnd = geometry.clusterCount ? qMin(geometry.clusterCount, described) : described;
-    // A set bit is a cluster in use, or the first cluster of a file the metadata pass already listed.
-    auto wanted = [bitmap, clusterEnd](quint64 c) {
-        return c < clusterEnd && !(bitmap && (bitmap[c / kBitsPerByte] >> (c % kBitsPerByte)) & 1);
-    };
-    BlockWindow window(m_context.read, {m_blockBytes, 0, 0, clusterEnd}, wanted);
-    for (quint64 byte = 0; byte < bitmapBytes; ++byte) {
-        const quint64 first = byte * kBitsPerByte;
-        if (window.pastEnd(first))
-            break;
-        for (int bit = 0; bit < kBitsPerByte; ++bit) {
-            if (!wanted(first + bit))
-                continue;
-            if (const uchar* b = window.block(first + bit))
-                carve(b, first + bit);
-        }
-        ++*m_context.runningNumber;
-        if (checkDue())
-            return false;
-    }
-    return true;
-}
-
-bool CarvingPass::walkFat32(const Fat32CarvingGeometry& geometry)
-{
-    m_clusterEnd = qMin(geometry.fatBytes / kFatEntryBytes, kFat32ClusterLimit);
-    BlockWindow window(m_context.read, {m_blockBytes, kFat32FirstDataCluster, geometry.dataOffset, m_clusterEnd}, [](quint64) { return true; });
-    for (quint64 cluster = kFat32FirstCarvedCluster; cluster < m_clusterEnd; ++cluster) {
-        // Behind the device's end nothing more can be read, however many entries the FAT has.
-        if (window.pastEnd(cluster))
+    const quint64 end = m_region.endBlock;
+    BlockWindow window(m_context.read, {m_region.blockBytes, m_region.firstBlock, m_region.firstOffset, end},
+                       [this](quint64 b) { return isFree(b); });
+    for (quint64 b = m_region.firstBlock; b < end; ++b) {
+        // Behind the device's end nothing more can be read, whatever the file system says.
+        if (window.pastEnd(b))
             break;
         if (checkDue())
             return false;
         if (m_context.scanOne)
             m_context.scanOne(int(quint32(*m_context.runningNumber)));
-        if (const uchar* b = window.block(cluster))
-            carve(b, cluster);
         ++*m_context.runningNumber;
+        size_t bytes = 0;
+        const uchar* head = isFree(b) ? window.block(b, &bytes) : nullptr;
+        const quint64 covered = head ? carve(head, bytes, b) : 0;
+        if (covered > 1) {
+            // The blocks of the found file are not looked at again.
+            b += covered - 1;
+            *m_context.runningNumber += covered - 1;
+        }
     }
     return true;
 }
@@ -127,41 +127,65 @@ bool CarvingPass::checkDue()
     return stop;
 }
 
-void CarvingPass::carve(const uchar* block, quint64 blockNumber)
+bool CarvingPass::isListed(quint64 block) const
 {
-    const SignatureHit hit = SignatureTest::test(block, m_blockBytes, m_lengths);
-    if (!hit.found())
+    const Extents& listed = m_context.listed;
+    if (listed.isEmpty() || block < m_region.firstBlock)
+        return false;
+    const quint64 offset = m_region.firstOffset + (block - m_region.firstBlock) * m_region.blockBytes;
+    // The last extent that starts before the block's end.
+    auto it = std::upper_bound(listed.begin(), listed.end(), offset + m_region.blockBytes - 1,
+                               [](quint64 at, const Extent& e) { return at < e.offset; });
+    return it != listed.begin() && std::prev(it)->offset + std::prev(it)->length > offset;
+}
+
+quint64 CarvingPass::freeBlocksFrom(quint64 block, quint64 blocks) const
+{
+    quint64 n = 0;
+    while (n < blocks && isFree(block + n))
+        ++n;
+    return n;
+}
+
+quint64 CarvingPass::carve(const uchar* head, size_t headBytes, quint64 block)
+{
+    const CarveKind* kind = m_kinds.match(head, headBytes);
+    if (!kind)
+        return 0;
+    const quint64 blockBytes = m_region.blockBytes;
+    const quint64 offset = m_region.firstOffset + (block - m_region.firstBlock) * blockBytes;
+    const quint64 limit = qMin(kind->maxBytes(), checked::mulSat(m_region.endBlock - block, blockBytes));
+    CarveSource source(m_context.read, {offset, m_region.blockBytes, head, headBytes, &m_kinds}, limit);
+    CarveEnd end = kind->findEnd(source);
+    if (end.length > limit) {
+        end.length = limit;
+        end.cut = true;
+    }
+    if (end.length == 0)
+        return 0;
+    // A file lies in free blocks only: a block in use ends what can be of it.
+    const quint64 wanted = (end.length + blockBytes - 1) / blockBytes;
+    const quint64 blocks = freeBlocksFrom(block, wanted);
+    if (blocks < wanted) {
+        end.length = blocks * blockBytes;
+        end.cut = true;
+    }
+    file(end, block, blocks, kind->extension());
+    return blocks;
+}
+
+void CarvingPass::file(const CarveEnd& end, quint64 block, quint64 blocks, const QString& fallbackExtension)
+{
+    const QString extension = end.extension.isEmpty() ? fallbackExtension : end.extension;
+    // A type the user left out is passed over like any found file, but not listed.
+    if (m_context.accepts && !m_context.accepts(QLatin1Char('.') + extension))
         return;
-    FoundFile* record = m_ntfs ? ntfsRecord(blockNumber, hit.size) : fat32Record(blockNumber, hit.size);
-    record->name = m_folders.takeName(hit.kind, *m_context.runningNumber);
-    record->modifiedMsecs = 0;
-    record->size = hit.size;
-    m_folders.file(hit.kind, record);
+    FoundFile* record = m_record({block, blocks});
+    record->name = m_folders.takeName(extension, end.stem, *m_context.runningNumber);
+    record->modifiedMsecs = end.modifiedMsecs;
+    record->size = end.length;
+    record->cut = end.cut;
+    m_folders.file(extension, record);
     ++*m_context.results;
-    *m_context.totalSize = checked::addSat(*m_context.totalSize, hit.size);
-}
-
-FoundFile* CarvingPass::ntfsRecord(quint64 cluster, quint64 size) const
-{
-    // One cluster more than the size needs when it is a whole number of
-    // clusters: the extent the restore has always been given.
-    auto* run = new DataRun;
-    run->lcn = cluster;
-    run->length = (size >> m_blockShift) + 1;
-    run->vcnEnd = run->length;
-    auto* file = new NtfsFile;
-    file->resident = false;
-    file->runs.append(run);
-    return file;
-}
-
-FoundFile* CarvingPass::fat32Record(quint64 cluster, quint64 size) const
-{
-    // Counted upward from the first cluster without asking the FAT, but never
-    // to a cluster the FAT has no entry for.
-    const quint64 needed = (size >> m_blockShift) + ((size & (m_blockBytes - 1)) ? 1 : 0);
-    auto* file = new Fat32File;
-    file->firstCluster = quint32(cluster);
-    file->carvedClusters = quint32(qMin(needed, m_clusterEnd - cluster));
-    return file;
+    *m_context.totalSize = checked::addSat(*m_context.totalSize, end.length);
 }

@@ -14,7 +14,8 @@ public:
         quint64 imageOffset = 0;
         quint64 length = 0;
     };
-    // The runs of a file that scanner found; empty where they are not known
-    // (content inside an MFT record, scanners of a whole-disk search).
+    // The runs of a file a volume scanner found; holes are left out. Empty
+    // where they are not known: content inside an MFT record, and the volumes
+    // of a whole-disk search, whose scanners the search keeps to itself.
     static QList<Run> of(const PartScan* scanner, const FoundFile* file);
 };

@@ -32,6 +32,7 @@ QList<DeviceRow> DeviceRows::collect(DeviceLayer& layer)
             p.partitionNumber = int(e.partitionNumber);
             p.sizeBytes = e.length;
             p.type = e.mbrType;
+            p.typeName = e.typeName;
             for (QChar c : letters) {
                 const auto at = layer.partitionOfLetter(c);
                 if (at && at->startingOffset == e.startingOffset && at->partitionNumber == e.partitionNumber)
@@ -61,11 +62,12 @@ QString DeviceRows::text(const QList<DeviceRow>& rows)
         } else {
             const QString letter = r.letter.isNull() ? QStringLiteral("no name") : QStringLiteral("(%1:/)").arg(r.letter);
             const QString label = r.label.isEmpty() ? QStringLiteral("no label") : r.label;
-            out += QStringLiteral("        %1 [%2]  partition %3  type 0x%4  %5\n")
+            const QString typeName = r.typeName.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(r.typeName);
+            out += QStringLiteral("        %1 [%2]  partition %3  type 0x%4%5  %6\n")
                        .arg(letter, label)
                        .arg(r.partitionNumber)
                        .arg(r.type, 2, 16, QChar('0'))
-                       .arg(sizeText(r.sizeBytes));
+                       .arg(typeName, sizeText(r.sizeBytes));
         }
     }
     return out;
@@ -93,6 +95,7 @@ QJsonArray DeviceRows::json(const QList<DeviceRow>& rows)
                                      {"letter", r.letter.isNull() ? QJsonValue() : QJsonValue(QString(r.letter))},
                                      {"label", r.label},
                                      {"type", r.type},
+                                     {"typeName", r.typeName},
                                      {"sizeBytes", double(r.sizeBytes)}});
         }
     }

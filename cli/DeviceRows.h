@@ -16,6 +16,7 @@ struct DeviceRow {
     double sizeGb = 0;     // disk size in GB
     quint64 sizeBytes = 0; // partition length
     int type = 0;
+    QString typeName;      // as the partition table names the type; may be empty
 };
 
 class DeviceRows {

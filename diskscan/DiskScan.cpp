@@ -1,25 +1,26 @@
 #include "diskscan/DiskScan.h"
-#include "diskscan/BootSectorProbe.h"
+#include "diskscan/BootSectorCandidates.h"
+#include "diskscan/VolumeConfirm.h"
+#include "exfat/ExfatVolumeScan.h"
+#include "fat32/Fat32VolumeScan.h"
+#include "ntfs/NtfsVolumeScan.h"
 #include "results/FolderNode.h"
 #include "scan/CheckedMath.h"
-#include "scan/VolumeScan.h"
 #include "scan/device/DeviceLayer.h"
-#include "volumes/VolumeOpener.h"
 
 #include <QDateTime>
 #include <QDebug>
 #include <cerrno>
+#include <cstring>
 #include <vector>
 
 namespace {
-constexpr quint64 kSector = BootSectorProbe::kSectorBytes;
-// The walk reads this much at a time and tests every sector inside.
-constexpr quint64 kChunkBytes = 1024 * 1024;
-// NTFS volumes this small are skipped: they take no number and get no scanner.
-constexpr quint64 kSmallestNtfsVolume = 0x9600000;
-// The NTFS backup boot sector lies right behind the stated length; the walk
-// resumes behind it.
-constexpr quint64 kResumeBehindVolume = 512;
+constexpr quint64 kSector = BootSectorCandidates::kSectorBytes;
+// The walk reads this much at a time, in order, and tests every sector inside:
+// large enough that the disk streams, small enough to stay a modest buffer.
+constexpr quint64 kChunkBytes = 4 * 1024 * 1024;
+// Where a FAT32 BPB usually keeps its backup boot sector.
+constexpr quint64 kFat32BackupSector = 6;
 
 QString now()
 {
@@ -48,8 +49,11 @@ void DiskScan::openDisk(int disk)
 {
     int error = 0;
     diskHandle = DeviceLayer::instance().openDisk(disk, &error);
+    // The base's handle too, so a disk that goes during the search ends it.
+    handle = diskHandle;
+    // An unopenable disk is searched over zero bytes: the search ends at once.
     if (!diskHandle.isValid())
-        qFatal("%s: CreateFileW return: %lu", "DiskScan::openDisk", static_cast<unsigned long>(error));
+        qCritical("%s: cannot open the disk: %s", "DiskScan::openDisk", strerror(error));
 }
 
 quint64 DiskScan::getDiskSize()
@@ -69,10 +73,9 @@ quint64 DiskScan::getDiskSize()
 qint64 DiskScan::readDisk(void* buffer, quint64 bytes, quint64 position)
 {
     QMutexLocker lock(&m_diskLock);
+    // Bad ranges and a gone disk are logged once each by the handle, not per read.
     const qint64 got = diskHandle.read(buffer, bytes, position);
-    if (got < 0)
-        qCritical("%s ReadFile return: %lu", "DiskScan::read", static_cast<unsigned long>(errno));
-    else
+    if (got > 0)
         bytesRead += quint64(got);
     return got;
 }
@@ -122,11 +125,13 @@ void DiskScan::scanDoneSlot(quint64 results, quint64 size)
 void DiskScan::run()
 {
     if (!restoreDir.isEmpty()) {
+        restoreReport.clear();
         for (PartScan* p : partScans) {
             p->keepBoth = keepBoth;
             p->undelete(restoreDir);
+            restoreReport.append(p->restoreReport);
         }
-        emit undeleteDone();
+        finishRestore();
         return;
     }
     search();
@@ -139,7 +144,8 @@ void DiskScan::search()
     totalResults = 0;
     totalSize = 0;
     runState = Running;
-    int number = 0;
+    m_nextNumber = 0;
+    m_resumeAt = 0;
     qDebug() << "begin:" << now();
     std::vector<uchar> chunk(kChunkBytes);
     quint64 position = 0;
@@ -147,67 +153,127 @@ void DiskScan::search()
     while (position < size && !checkPoint()) {
         searchPosition = position;
         const quint64 want = qMin(kChunkBytes, size - position);
-        const qint64 got = readDisk(chunk.data(), want, position);
-        quint64 next = position + want;
-        if (got == qint64(want)) {
-            testSectors(chunk.data(), want, position, &number, &next);
-        } else {
-            // A chunk that failed or fell short is read again sector by sector,
-            // so only the sectors that cannot be read are passed over.
-            for (quint64 at = position; at < position + want; at += kSector) {
-                if (readDisk(chunk.data(), kSector, at) == qint64(kSector) && testSectors(chunk.data(), kSector, at, &number, &next))
-                    break;
-            }
-        }
-        position = next;
+        readChunk(chunk.data(), want, position);
+        // A scanned volume whose extent is trusted is not read again.
+        position = qMax(position + want, m_resumeAt - m_resumeAt % kSector);
     }
     searchPosition = qMin(position, size);
     qDebug() << "end:" << now();
     emit scanDone(totalResults, totalSize);
 }
 
-bool DiskScan::testSectors(const uchar* data, quint64 bytes, quint64 position, int* partitionNumber, quint64* next)
+void DiskScan::readChunk(uchar* buffer, quint64 want, quint64 position)
+{
+    if (readDisk(buffer, want, position) == qint64(want)) {
+        testSectors(buffer, want, position);
+        return;
+    }
+    // A chunk that failed or fell short is read again sector by sector, so
+    // only the sectors that cannot be read are passed over, and no test runs
+    // on bytes that were not read.
+    for (quint64 at = position; at + kSector <= position + want && !stopRequested(); at += kSector) {
+        if (readDisk(buffer, kSector, at) == qint64(kSector))
+            testSectors(buffer, kSector, at);
+    }
+}
+
+void DiskScan::testSectors(const uchar* data, quint64 bytes, quint64 position)
 {
     for (quint64 at = 0; at + kSector <= bytes; at += kSector) {
-        const BootSectorProbe::Result r = BootSectorProbe::test(data + at);
         const quint64 offset = position + at;
-        if (r.ntfsCandidate)
-            qDebug("offset=%llX totalSectors=%llX", static_cast<unsigned long long>(offset), static_cast<unsigned long long>(r.ntfsSectors));
-        if (r.fat32Candidate)
-            qDebug("offset=%llX totalSectors=%llX", static_cast<unsigned long long>(offset), static_cast<unsigned long long>(r.fat32Sectors));
-        if (r.kind() != BootSectorProbe::None) {
-            *next = onHit(r.kind(), offset, r.totalSectors(), partitionNumber);
+        if (offset < m_resumeAt)
+            continue;
+        for (const VolumeCandidate& c : BootSectorCandidates::test(data + at, offset))
+            consider(c);
+    }
+}
+
+bool DiskScan::alreadyFound(const VolumeCandidate& c) const
+{
+    for (const FoundVolume& f : foundVolumes) {
+        if (f.volume.kind == c.kind && f.volume.volumeStart == c.volumeStart)
             return true;
-        }
     }
     return false;
 }
 
-quint64 DiskScan::onHit(int kind, quint64 offset, quint64 totalSectors, int* partitionNumber)
+void DiskScan::consider(const VolumeCandidate& c)
 {
-    const bool ntfs = kind == BootSectorProbe::Ntfs;
-    const VolumeOpener::FileSystem* fs = VolumeOpener::byKind(ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
-    const quint64 length = checked::mulSat(totalSectors, kSector);
-    const quint64 next = checked::addSat(checked::addSat(offset, length), kResumeBehindVolume);
-    emit diskScanBegin(*partitionNumber, ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
-    if ((ntfs && length <= kSmallestNtfsVolume) || stopRequested())
-        return next;
-    // A stray boot sector (the backup of a lost volume, a copy inside an
-    // image file, garbage behind the text) gets no scanner, so its fatal
-    // message can't end the search; the walk goes on behind the sector.
-    if (!fs->canOpen(diskHandle, offset)) {
-        qDebug("offset=%llX: boot sector does not open, passed over", static_cast<unsigned long long>(offset));
-        emit diskScanEnd();
-        return offset + kSector;
+    if (alreadyFound(c) || stopRequested())
+        return;
+    qDebug("offset=%llX totalSectors=%llX", static_cast<unsigned long long>(c.bootOffset),
+           static_cast<unsigned long long>(c.totalSectors));
+    const VolumeConfirm::Result opened = VolumeConfirm::open(diskHandle, c);
+    if (!opened.opened) {
+        // A stray copy, or bytes that look like a boot sector: the walk goes
+        // on at the next sector, whatever length they claim.
+        qDebug("offset=%llX: %s does not open, passed over", static_cast<unsigned long long>(c.bootOffset),
+               qPrintable(VolumeCandidate::kindName(c.kind)));
+        return;
     }
-    const QString name = QStringLiteral("%1 %2").arg(*partitionNumber).arg(ntfs ? QStringLiteral("NTFS") : QStringLiteral("FAT32"));
-    scanPartition(fs->make(name, diskHandle, offset), name, *partitionNumber, fs->ntfsTree);
-    emit diskScanEnd();
-    ++*partitionNumber;
-    return next;
+    const int number = m_nextNumber;
+    emit diskScanBegin(number, VolumeCandidate::kindName(c.kind));
+    QString name = QStringLiteral("%1 %2").arg(number).arg(VolumeCandidate::kindName(c.kind));
+    if (c.fromBackup)
+        name += QStringLiteral(" (备份引导扇区)");
+    FoundVolume found{c, -1};
+    if (PartScan* scanner = scannerFor(c, name)) {
+        found.partIndex = number;
+        foundVolumes.append(found);
+        scanPartition(scanner, name, number);
+        emit diskScanEnd();
+        ++m_nextNumber;
+    } else {
+        // Found, but no scanner reads this kind: it takes no number.
+        qDebug("offset=%llX: %s found, no scanner for it", static_cast<unsigned long long>(c.volumeStart),
+               qPrintable(VolumeCandidate::kindName(c.kind)));
+        foundVolumes.append(found);
+    }
+    if (opened.trustedBytes)
+        m_resumeAt = qMax(m_resumeAt, checked::addSat(c.volumeStart, opened.trustedBytes));
+    if (!c.fromBackup)
+        considerOlderUnder(c);
 }
 
-void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number, bool ntfsTree)
+void DiskScan::considerOlderUnder(const VolumeCandidate& newer)
+{
+    for (quint64 sector : {kFat32BackupSector, quint64(BootSectorCandidates::kExfatBackupSector)}) {
+        uchar bytes[kSector];
+        const quint64 at = checked::addSat(newer.volumeStart, sector * kSector);
+        if (readDisk(bytes, kSector, at) != qint64(kSector))
+            continue;
+        const VolumeCandidate older = BootSectorCandidates::backup(bytes, at);
+        if (older.isValid() && older.kind != newer.kind && older.volumeStart == newer.volumeStart)
+            consider(older);
+    }
+}
+
+PartScan* DiskScan::scannerFor(const VolumeCandidate& c, const QString& name)
+{
+    // Where a kind gains a scanner, it is built here on the handle that gives
+    // it the boot sector the volume was found by.
+    const DeviceHandle handle = VolumeConfirm::scannerHandle(diskHandle, c);
+    switch (c.kind) {
+    case VolumeCandidate::Ntfs:
+        if (NtfsVolumeScan::canOpen(handle, c.volumeStart))
+            return new NtfsVolumeScan(name, handle, c.volumeStart);
+        break;
+    case VolumeCandidate::Fat12:
+    case VolumeCandidate::Fat16:
+    case VolumeCandidate::Fat32:
+        if (Fat32VolumeScan::canOpen(handle, c.volumeStart))
+            return new Fat32VolumeScan(name, handle, c.volumeStart);
+        break;
+    case VolumeCandidate::ExFat:
+        if (ExfatVolumeScan::canOpen(handle, c.volumeStart))
+            return new ExfatVolumeScan(name, handle, c.volumeStart);
+        break;
+    case VolumeCandidate::None: break;
+    }
+    return nullptr;
+}
+
+void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number)
 {
     scanner->moveToThread(thread()); // it outlives this run; it lives beside this object
     scanner->handleLock = &m_diskLock;
@@ -219,7 +285,10 @@ void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number,
     connect(scanner, &PartScan::scanDone, this, &DiskScan::scanDoneSlot, Qt::DirectConnection);
     connect(scanner, &PartScan::scanOne, this, &PartScan::scanOne);
     connect(scanner, &PartScan::undeleteOne, this, &PartScan::undeleteOne);
-    scanner->rootFolder = rootFolder->addChild(name, number, ntfsTree);
+    FolderNode* folder = rootFolder->addChild(name, number, scanner->inherits("NtfsVolumeScan"));
+    scanner->rootFolder = folder;
+    if (scanner->inherits("NtfsVolumeScan"))
+        qDebug() << "NAME=" << name;
     setCurrent(scanner);
     if (!stopRequested()) {
         scanner->start(QThread::InheritPriority);

@@ -1,13 +1,15 @@
 #pragma once
+#include "diskscan/VolumeCandidate.h"
 #include "scan/PartScan.h"
 
 #include <QList>
 #include <QMutex>
 
-// The scanner of a whole disk: walks it sector by sector for the boot sectors
-// of lost NTFS and FAT32 volumes, and scans each one found with the ordinary
-// volume scanner on the disk's handle at that offset. One tree, a folder per
-// partition; a second run restores through every partition scanner.
+// The scanner of a whole disk: reads it once from end to end and tests every
+// sector for the boot sector of an NTFS, FAT or exFAT volume, or for the
+// backup copy of one. Each volume that opens is scanned once with the ordinary
+// volume scanner on the disk's handle at its offset. One tree, a folder per
+// scanned volume; a second run restores through every partition scanner.
 class DiskScan : public PartScan {
     Q_OBJECT
 public:
@@ -27,6 +29,12 @@ public:
     quint64 totalResults = 0;
     quint64 totalSize = 0;
     QList<PartScan*> partScans; // owned; in the order they were built
+    // Every volume that opened, scanned or not (a kind without a scanner yet).
+    struct FoundVolume {
+        VolumeCandidate volume;
+        int partIndex = -1; // -1: found, not scanned
+    };
+    QList<FoundVolume> foundVolumes;
     // Where the search stands and how far it goes, for progress figures.
     std::atomic<quint64> searchPosition{0};
     std::atomic<quint64> searchEnd{0};
@@ -39,14 +47,24 @@ protected:
 
 private:
     void search();
-    // Tests the sectors of one chunk; returns the position to go on from.
-    bool testSectors(const uchar* data, quint64 bytes, quint64 position, int* partitionNumber, quint64* next);
+    void readChunk(uchar* buffer, quint64 bytes, quint64 position);
+    // Tests the sectors of data, which lies at position on the disk.
+    void testSectors(const uchar* data, quint64 bytes, quint64 position);
     bool stopRequested();
-    quint64 onHit(int kind, quint64 offset, quint64 totalSectors, int* partitionNumber);
-    void scanPartition(PartScan* scanner, const QString& name, int number, bool ntfsTree);
+    bool alreadyFound(const VolumeCandidate& c) const;
+    // Opens a candidate and scans it when it opens.
+    void consider(const VolumeCandidate& c);
+    // A volume formatted over another keeps the older one's backup boot
+    // sector near its start: the older volume is looked for there.
+    void considerOlderUnder(const VolumeCandidate& newer);
+    // The scanner a kind of volume gets; null while no scanner reads that kind.
+    PartScan* scannerFor(const VolumeCandidate& c, const QString& name);
+    void scanPartition(PartScan* scanner, const QString& name, int number);
     void setCurrent(PartScan* scanner);
 
     int m_disk = -1;
+    int m_nextNumber = 0;
+    quint64 m_resumeAt = 0; // the walk looks at no sector before this: it lies in a scanned volume
     QMutex m_diskLock;    // one lock for the disk: the search, its scanners and previews
     QMutex m_currentLock; // guards m_current against pause and stop from the window
     PartScan* m_current = nullptr;

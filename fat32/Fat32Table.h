@@ -22,6 +22,8 @@ public:
     void fixByteOrder();
 
     bool isDataCluster(quint64 c) const { return c >= kFirstDataCluster && c != kBadCluster && c < m_entries.size(); }
+    // A data cluster that no chain holds (the top four bits of an entry are reserved).
+    bool isFree(quint64 c) const { return isDataCluster(c) && (m_entries[c] & 0x0FFFFFFF) == 0; }
 
     // The clusters of a chain from its first one, in order.
     QList<uint> chain(quint32 start) const;

@@ -226,8 +226,10 @@ FolderNode* Fat32VolumeScan::folderOf(Directory& dir)
 
 void Fat32VolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
-    // The pass counts 32-bit entries; a narrow FAT has as many clusters as its widened table.
-    CarvingPass::runFat32(context, {boot.clusterBytes, boot.dataOffset, table().byteCount()});
+    // The pass counts 32-bit entries; a narrow FAT has as many clusters as its
+    // widened table. Clusters in use hold live files, whatever their first bytes look like.
+    CarvingPass::runFat32(context, {boot.clusterBytes, boot.dataOffset, table().byteCount(),
+                                    [this](quint64 cluster) { return table().isFree(cluster); }});
 }
 
 bool Fat32VolumeScan::hasContent(const FoundFile& found) const

@@ -1,5 +1,6 @@
 #include "ntfs/NtfsVolumeScan.h"
 #include "carving/CarvingPass.h"
+#include "diskscan/BackupBootLocator.h"
 #include "ntfs/FileNameAttribute.h"
 #include "ntfs/MftRecord.h"
 #include "ntfs/MftRecordDecoder.h"
@@ -51,6 +52,15 @@ NtfsVolumeScan::~NtfsVolumeScan()
 
 void NtfsVolumeScan::parseBootSector()
 {
+    // A volume whose first sector is broken opens with the copy NTFS keeps in
+    // its last sector: the handle reads the copy in the first one's place.
+    bool usedBackup = false;
+    const quint64 rest = handle.length() - qMin(partOffset, handle.length());
+    const DeviceHandle repaired = BackupBootLocator::repaired(handle, partOffset, rest, &usedBackup);
+    if (usedBackup) {
+        qDebug("%s: boot sector taken from its backup", "NtfsVolumeScan::parseBootSector");
+        handle = repaired;
+    }
     volume = NtfsVolume::open(handle, partOffset);
     if (!volume.opened())
         qFatal("%s", qPrintable(volume.problem));
@@ -305,19 +315,6 @@ bool NtfsVolumeScan::fileRecordName(const uint8_t* record, MftRecordInfo& info)
     info.filed = true;
     markClusters(file);
     return true;
-}
-
-bool NtfsVolumeScan::filterAccepts(const QString& name) const
-{
-    if (fileFilter == QLatin1String("*"))
-        return true;
-    // An empty filter is one empty ending, which every name has.
-    const QStringList endings = fileFilter.split(QLatin1Char(';'), Qt::KeepEmptyParts);
-    for (const QString& ending : endings) {
-        if (name.endsWith(ending, Qt::CaseSensitive))
-            return true;
-    }
-    return false;
 }
 
 bool NtfsVolumeScan::isLive(const QStringList& folders, const QString& name) const

@@ -67,7 +67,6 @@ private:
     quint64 volumeOffsetOf(quint64 streamByte) const;
     void recordDirectory(const uint8_t* record, MftRecordInfo& info);
     bool recordInUse(quint64 position) const;
-    bool filterAccepts(const QString& name) const;
     bool isLive(const QStringList& folders, const QString& name) const;
     FolderNode* currentOrphanFolder();
     void markClusters(const NtfsFile* file);

@@ -12,4 +12,5 @@ struct FoundFile {
     // Ticked for the restore. The one place the selection lives: the folder
     // check boxes, the sums and the restore walk all read it (see CheckStates).
     bool selected = true;
+    bool cut = false;            // carved: the file's structure broke off here, its rest is missing
 };

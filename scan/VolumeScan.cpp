@@ -3,10 +3,10 @@
 #include "results/FolderNode.h"
 #include "results/ResultTreeLock.h"
 #include "scan/CheckedMath.h"
-#include "scan/RestoreWalk.h"
+#include "scan/RestoreSink.h"
 
-#include <QFile>
 #include <QWriteLocker>
+#include <algorithm>
 #include <climits>
 #include <cstring>
 
@@ -18,6 +18,20 @@ constexpr int kCheckEvery = 1000;
 constexpr qint64 kProgressMsecs = 100;
 // The carving pass has a tenth of the progress scale behind the metadata pass.
 constexpr double kCarvingShare = 1.1;
+} // namespace
+
+namespace {
+// The last device read of a restore on this thread, so the slice handed to the
+// sink right after it can be told which of its bytes are zeros standing in for
+// unreadable sectors. Thread-local: previews read on other threads meanwhile.
+struct SliceRead {
+    QList<BadRange> bad;
+    quint64 position = 0;
+    quint64 bytes = 0;
+    qint64 got = 0;
+    bool fresh = false;
+};
+thread_local SliceRead* restoreRead = nullptr;
 } // namespace
 
 VolumeScan::VolumeScan(const QString& name, QObject* parent) : PartScan(name, parent) {}
@@ -78,12 +92,51 @@ void VolumeScan::scan()
         c.runningNumber = &totals.position;
         c.results = &totals.results;
         c.totalSize = &totals.totalSize;
+        c.listed = listedExtents();
+        c.volumeBytes = volumeBytes();
+        c.accepts = [this](const QString& name) { return filterAccepts(name); };
         carveFreeBlocks(c);
     }
     scanFinished();
     emit scanDone(totals.results, totals.totalSize);
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
+}
+
+bool VolumeScan::filterAccepts(const QString& name) const
+{
+    if (fileFilter == QLatin1String("*"))
+        return true;
+    // An empty filter is one empty ending, which every name has.
+    const QStringList endings = fileFilter.split(QLatin1Char(';'), Qt::KeepEmptyParts);
+    return std::any_of(endings.begin(), endings.end(), [&](const QString& e) { return name.endsWith(e, Qt::CaseSensitive); });
+}
+
+Extents VolumeScan::listedExtents() const
+{
+    Extents all;
+    QList<const FolderNode*> pending{rootFolder};
+    while (!pending.isEmpty()) {
+        const FolderNode* folder = pending.takeLast();
+        for (const FolderNode* child : folder->children)
+            pending.append(child);
+        for (const FoundFile* file : folder->files) {
+            Extents extents;
+            if (extentsOf(*file, &extents))
+                for (const Extent& e : extents)
+                    if (!e.hole && e.length)
+                        all.append(e);
+        }
+    }
+    std::sort(all.begin(), all.end(), [](const Extent& a, const Extent& b) { return a.offset < b.offset; });
+    Extents merged;
+    for (const Extent& e : all) {
+        if (!merged.isEmpty() && e.offset <= merged.last().offset + merged.last().length)
+            merged.last().length = qMax(merged.last().length, e.offset + e.length - merged.last().offset);
+        else
+            merged.append(e);
+    }
+    return merged;
 }
 
 bool VolumeScan::step(quint64 position)
@@ -108,7 +161,20 @@ void VolumeScan::reportProgress(quint64 position)
 qint64 VolumeScan::readVolume(void* buffer, quint64 bytes, quint64 volumeOffset)
 {
     uint64_t position = 0;
-    const qint64 got = checked::add(partOffset, volumeOffset, &position) ? read(buffer, bytes, position) : -1;
+    if (!checked::add(partOffset, volumeOffset, &position)) {
+        ++m_readErrors;
+        return -1;
+    }
+    QList<BadRange>* bad = restoreRead ? &restoreRead->bad : nullptr;
+    if (bad)
+        bad->clear();
+    const qint64 got = read(buffer, bytes, position, bad);
+    if (restoreRead) {
+        restoreRead->position = position;
+        restoreRead->bytes = bytes;
+        restoreRead->got = got;
+        restoreRead->fresh = true;
+    }
     if (got < 0)
         ++m_readErrors;
     return got;
@@ -147,27 +213,30 @@ quint64 VolumeScan::fileContent(char* buffer, FoundFile* record)
 
 void VolumeScan::undelete(QString targetDir)
 {
-    RestoreWalk::run(rootFolder, targetDir, [this](const QString& folderPath, FoundFile* file) {
-        writeFile(folderPath, file);
-    }, filter);
-    emit undeleteDone();
+    restoreTree(targetDir, [this](FoundFile* file, RestoreSink& sink) { return writeContent(*file, sink); });
+    finishRestore();
 }
 
-void VolumeScan::writeFile(const QString& folderPath, FoundFile* file)
+RestoreFailure VolumeScan::writeContent(const FoundFile& file, RestoreSink& sink)
 {
-    if (!hasContent(*file))
-        return;
-    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
-    QFile out(path);
-    if (!out.open(QIODevice::WriteOnly))
-        return;
+    if (!hasContent(file))
+        return file.size == 0 ? RestoreFailure::None : RestoreFailure::RecordUnreadable;
+    SliceRead slice;
+    restoreRead = &slice;
+    bool gone = false;
     // Holes are left unwritten; the final resize fills them with zeros.
-    readContent(*file, [&out](quint64 offset, const char* data, quint64 bytes) {
-        if (data && out.seek(qint64(offset)))
-            out.write(data, qint64(bytes));
+    readContent(file, [&](quint64 offset, const char* data, quint64 bytes) {
+        if (slice.fresh) {
+            slice.fresh = false;
+            gone = gone || slice.got < 0;
+            const quint64 kept = slice.got > 0 ? quint64(slice.got) : 0;
+            sink.noteBadReads(slice.bad, slice.position, offset, bytes);
+            if (kept < qMin(bytes, slice.bytes))
+                sink.noteOutside(offset + kept, qMin(bytes, slice.bytes) - kept);
+        }
+        if (data && !gone)
+            sink.write(offset, data, bytes);
     });
-    out.resize(qint64(file->size));
-    out.close();
-    RestoreWalk::setModified(path, file->modifiedMsecs);
-    emit undeleteOne(file->size);
+    restoreRead = nullptr;
+    return gone ? RestoreFailure::DeviceFailed : RestoreFailure::None;
 }

@@ -86,6 +86,10 @@ protected:
     qint64 readVolume(void* buffer, quint64 bytes, quint64 volumeOffset);
     void setVolumeBytes(quint64 bytes) { m_volumeBytes = bytes; }
     void countReadErrors(quint64 count) { m_readErrors += count; }
+    // Whether a file of this name is of a type the user chose.
+    bool filterAccepts(const QString& name) const;
+    // Where the files listed so far lie, merged, in ascending order.
+    Extents listedExtents() const;
     // Frees the tree below rootFolder under the tree's write lock.
     virtual void freeTree();
 
@@ -93,7 +97,8 @@ protected:
 
 private:
     void scan();
-    void writeFile(const QString& folderPath, FoundFile* file);
+    // Writes one file's content for the restore, noting the stretches that read as zeros.
+    RestoreFailure writeContent(const FoundFile& file, RestoreSink& sink);
 
     quint64 m_volumeBytes = 0;
     std::atomic<quint64> m_readErrors{0};

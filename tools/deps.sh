@@ -5,7 +5,7 @@ OSTREL_BUILD_PACKAGES="cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-de
   qt6-image-formats-plugins qt6-translations-l10n libgtest-dev libgmock-dev libblkid-dev libewf-dev libvhdi-dev libvmdk-dev libqcow-dev
   fonts-noto-cjk xz-utils ccache"
 OSTREL_TEST_PACKAGES="forensics-samples-ntfs forensics-samples-vfat forensics-samples-exfat forensics-samples-files
-  qemu-utils ewf-tools"
+  qemu-utils ewf-tools dpkg-dev dosfstools mtools ntfs-3g"
 OSTREL_SANITIZE_PACKAGES="clang libclang-rt-14-dev"
 
 ostrel_install() {

@@ -32,6 +32,7 @@ struct PartitionEntry {
     quint64 length = 0;         // bytes
     quint32 partitionNumber = 0; // 1-based
     quint8 mbrType = 0;          // 0: unused slot
+    QString typeName;            // what the table calls the type ("Microsoft basic data"); empty when unknown
 };
 
 struct DriveLayout {

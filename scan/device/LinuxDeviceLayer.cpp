@@ -108,6 +108,10 @@ bool describe(const QString& name, const QHash<QString, QString>& mounts, DiskIn
         e.startingOffset = readSys(partDir + "/start").toULongLong() * kSysfsSector;
         e.length = readSys(partDir + "/size").toULongLong() * kSysfsSector;
         e.mbrType = typeOf(e, own, whole);
+        for (const PartitionEntry& o : own.entries) {
+            if (o.startingOffset == e.startingOffset)
+                e.typeName = o.typeName;
+        }
         if (e.mbrType == 0)
             continue;
         d->layout.entries.append(e);

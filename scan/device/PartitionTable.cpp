@@ -2,6 +2,7 @@
 #include "scan/device/PartitionTable.h"
 #include "scan/CheckedMath.h"
 #include "scan/LeReader.h"
+#include "scan/device/PartitionTypeNames.h"
 
 #include <QSet>
 #include <algorithm>
@@ -28,6 +29,7 @@ constexpr quint32 kMaxGptEntries = 1024;
 constexpr quint32 kMinGptEntrySize = 128;
 constexpr quint32 kMaxGptEntrySize = 4096;
 constexpr size_t kGptFirstLbaOffset = 32;
+constexpr int kGuidBytes = 16; // the type GUID opens each entry
 constexpr size_t kGptLastLbaOffset = 40;
 
 bool isExtended(quint8 type) { return type == 0x05 || type == 0x0F || type == 0x85; }
@@ -48,7 +50,7 @@ bool hasBootSignature(const QByteArray& sector)
 }
 
 void addEntry(DriveLayout* layout, const DeviceHandle& disk, quint64 startLba, quint64 countLba,
-              quint32 sectorSize, quint32 number, quint8 type)
+              quint32 sectorSize, quint32 number, quint8 type, const QString& typeName)
 {
     const quint64 start = checked::mulSat(startLba, sectorSize);
     if (type == 0 || countLba == 0 || start >= disk.length())
@@ -58,6 +60,7 @@ void addEntry(DriveLayout* layout, const DeviceHandle& disk, quint64 startLba, q
     e.length = qMin(checked::mulSat(countLba, sectorSize), disk.length() - start);
     e.partitionNumber = number;
     e.mbrType = type;
+    e.typeName = typeName;
     layout->entries.append(e);
 }
 } // namespace
@@ -109,6 +112,7 @@ DriveLayout PartitionTable::read(const DeviceHandle& disk, quint32 sectorSize)
         e.length = disk.length();
         e.partitionNumber = 1;
         e.mbrType = typeForBootKind(kind);
+        e.typeName = PartitionTypeNames::mbr(e.mbrType);
         layout.entries.append(e);
         return layout;
     }
@@ -135,7 +139,7 @@ void PartitionTable::readMbr(const DeviceHandle& disk, const QByteArray& sector0
         if (isExtended(type))
             readExtendedChain(disk, start, sectorSize, layout);
         else
-            addEntry(layout, disk, start, count, sectorSize, quint32(slot + 1), type);
+            addEntry(layout, disk, start, count, sectorSize, quint32(slot + 1), type, PartitionTypeNames::mbr(type));
     }
     std::sort(layout->entries.begin(), layout->entries.end(),
               [](const PartitionEntry& a, const PartitionEntry& b) { return a.partitionNumber < b.partitionNumber; });
@@ -146,26 +150,30 @@ void PartitionTable::readExtendedChain(const DeviceHandle& disk, quint64 extende
     QSet<quint64> visited;
     quint64 ebrLba = extendedStartLba;
     quint32 number = 5;
-    for (int i = 0; i < kMaxLogicalPartitions; ++i) {
-        if (visited.contains(ebrLba))
-            return;
+    // Every entry of a record is taken by its type, in whichever slot it sits:
+    // an extended type links the next record, any other names a logical partition.
+    for (int i = 0; i < kMaxLogicalPartitions && !visited.contains(ebrLba); ++i) {
         visited.insert(ebrLba);
         const QByteArray ebr = readBytes(disk, checked::mulSat(ebrLba, sectorSize), kSectorBytes);
         if (ebr.isEmpty() || !hasBootSignature(ebr))
             return;
         LeReader r(ebr.constData(), size_t(ebr.size()));
-        const size_t first = kMbrTableOffset;
-        const size_t second = kMbrTableOffset + kMbrEntrySize;
-        const quint8 type = r.u8(first + kMbrTypeOffset);
-        const quint64 start = checked::addSat(ebrLba, r.u32(first + kMbrStartOffset));
-        const quint64 count = r.u32(first + kMbrCountOffset);
-        if (type != 0 && !isExtended(type))
-            addEntry(layout, disk, start, count, sectorSize, number++, type);
-        const quint8 nextType = r.u8(second + kMbrTypeOffset);
-        const quint64 nextRelative = r.u32(second + kMbrStartOffset);
-        if (!isExtended(nextType) || nextRelative == 0)
+        quint64 next = 0;
+        for (int slot = 0; slot < kMbrSlots; ++slot) {
+            const size_t at = kMbrTableOffset + size_t(slot) * kMbrEntrySize;
+            const quint8 type = r.u8(at + kMbrTypeOffset);
+            const quint64 relative = r.u32(at + kMbrStartOffset);
+            if (isExtended(type)) {
+                if (next == 0 && relative != 0)
+                    next = checked::addSat(extendedStartLba, relative);
+            } else if (type != 0 && number < quint32(kMbrSlots + 1 + kMaxLogicalPartitions)) {
+                addEntry(layout, disk, checked::addSat(ebrLba, relative), r.u32(at + kMbrCountOffset), sectorSize,
+                         number++, type, PartitionTypeNames::mbr(type));
+            }
+        }
+        if (next == 0)
             return;
-        ebrLba = checked::addSat(extendedStartLba, nextRelative);
+        ebrLba = next;
     }
 }
 
@@ -197,7 +205,8 @@ bool PartitionTable::readGpt(const DeviceHandle& disk, quint32 sectorSize, Drive
             continue;
         const quint64 start = checked::mulSat(first, sectorSize);
         const quint8 type = typeForBootKind(bootKind(disk.slice(start, kSectorBytes)));
-        addEntry(layout, disk, first, last - first + 1, sectorSize, i + 1, type);
+        const QByteArray guid(reinterpret_cast<const char*>(t.bytes(at, kGuidBytes)), kGuidBytes);
+        addEntry(layout, disk, first, last - first + 1, sectorSize, i + 1, type, PartitionTypeNames::gpt(guid));
     }
     return true;
 }

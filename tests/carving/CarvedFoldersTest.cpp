@@ -12,9 +12,9 @@ TEST(CarvedFolders, KindsRollOverAtTwentyEachBelowTheExtraFolder)
     ASSERT_NE(extra, nullptr) << "made before any file";
     EXPECT_EQ(extra->name, QStringLiteral("额外文件"));
     for (int i = 0; i < 21; ++i) {
-        folders.file(CarvedKind::Jpg, new Fat32File);
+        folders.file("jpg", new Fat32File);
         if (i == 3)
-            folders.file(CarvedKind::Png, new Fat32File);
+            folders.file("png", new Fat32File);
     }
     QStringList seen;
     for (FolderNode* f : extra->children) {
@@ -30,11 +30,13 @@ TEST(CarvedFolders, NamesHaveNineDigitsAndNeverRepeat)
     FolderNode root;
     CarvedFolders folders(&root, 0, true);
     const QStringList names = {
-        folders.takeName(CarvedKind::Jpg, 12345),
-        folders.takeName(CarvedKind::Jpg, 12345), // a second hit under the same running number
-        folders.takeName(CarvedKind::Tiff, 12346),
-        folders.takeName(CarvedKind::SevenZip, 20000),
-        folders.takeName(CarvedKind::Bmp, 1234567890),
+        folders.takeName("jpg", {}, 12345),
+        folders.takeName("jpg", {}, 12345), // a second hit under the same running number
+        folders.takeName("tiff", {}, 12346),
+        folders.takeName("jpg", "IMG_20191224_234846", 12347),
+        folders.takeName("jpg", "IMG_20191224_234846", 12348), // two photos of the same second
+        folders.takeName("bmp", {}, 1234567890),
     };
-    EXPECT_EQ(names, QStringList({"F000012345.jpg", "F000012346.jpg", "F000012347.tiff", "F000020000.7z", "F1234567890.bmp"}));
+    EXPECT_EQ(names, QStringList({"F000012345.jpg", "F000012346.jpg", "F000012347.tiff", "IMG_20191224_234846.jpg",
+                                  "IMG_20191224_234846_1.jpg", "F1234567890.bmp"}));
 }

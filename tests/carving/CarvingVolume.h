@@ -9,7 +9,7 @@
 #include <cstring>
 #include <functional>
 
-// Block headers of the seven kinds and their near misses.
+// Block headers of a few kinds and their near misses.
 namespace carvedHeaders {
 inline QByteArray le(QByteArray h, int offset, quint64 value, int width)
 {
@@ -26,8 +26,6 @@ inline QByteArray bmp(quint32 fileSize, quint32 pixelOffset, quint32 infoSize = 
 {
     return le(le(le(le("BM", 2, fileSize, 4), 6, reserved, 4), 0x0A, pixelOffset, 4), 0x0E, infoSize, 4);
 }
-inline QByteArray jpg() { return QByteArray("\xFF\xD8\xFF\xE0"); }
-inline QByteArray png() { return QByteArray("\x89PNG"); }
 } // namespace carvedHeaders
 
 // An in-memory volume for walks of the carving pass: blocks that start with
@@ -59,6 +57,7 @@ struct CarvingVolume {
         c.runningNumber = &running;
         c.results = &results;
         c.totalSize = &totalSize;
+        c.listed = listed;
         return c;
     }
 
@@ -72,10 +71,10 @@ struct CarvingVolume {
             for (FoundFile* f : kind->files) {
                 QString extent;
                 if (auto* n = dynamic_cast<NtfsFile*>(f))
-                    extent = QStringLiteral("lcn%1+%2/%3").arg(n->runs[0]->lcn).arg(n->runs[0]->length).arg(n->runs[0]->vcnEnd);
+                    extent = QStringLiteral("lcn%1+%2").arg(n->runs[0]->lcn).arg(n->runs[0]->length);
                 else if (auto* fat = dynamic_cast<Fat32File*>(f))
-                    extent = QStringLiteral("c%1x%2").arg(fat->firstCluster).arg(fat->carvedClusters);
-                out << QStringLiteral("%1/%2 %3 %4").arg(kind->name, f->name).arg(f->size).arg(extent);
+                    extent = QStringLiteral("c%1+%2").arg(fat->firstCluster).arg(fat->carvedClusters);
+                out << QStringLiteral("%1/%2 %3%4 %5").arg(kind->name, f->name).arg(f->size).arg(f->cut ? " cut" : "", extent);
             }
         }
         return out;
@@ -85,6 +84,7 @@ struct CarvingVolume {
     quint32 blockBytes;
     quint64 dataOffset;
     FolderNode root;
+    Extents listed;                                           // what the metadata pass found
     std::function<bool(quint64 offset, quint64 bytes)> fails; // true: that read returns -1
     std::function<bool()> onCheck;                            // the scanner's answer at a check point
     quint64 reads = 0, largestRead = 0;

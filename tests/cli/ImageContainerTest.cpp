@@ -3,6 +3,7 @@
 // tools that write them for real (qemu-img, ewfacquire, split), and they
 // carry the raw image's name, so only their signatures tell what they are.
 #include "fixtures/CliRunner.h"
+#include "fixtures/TestPaths.h"
 #include "tools/demo/DemoDisk.h"
 
 #include <QDir>
@@ -53,23 +54,19 @@ std::string listing(const QStringList& modeArgs, const QString& image, const QSt
 }
 } // namespace
 
+// The demo disk the build writes, and a scratch folder for what is made of it.
 class DemoImage : public testing::Test {
 protected:
-    static void SetUpTestSuite()
+    void SetUp() override { ASSERT_TRUE(QFile::exists(raw)) << "the build writes " << raw.toStdString(); }
+    // The bytes at offset of the raw image.
+    QByteArray rawBytes(qint64 offset, qint64 length) const
     {
-        dir = new QTemporaryDir;
-        raw = dir->filePath("demo.img");
-        image = DemoDisk::build();
-        ASSERT_TRUE(DemoDisk::save(image, raw));
+        QFile f(raw);
+        return f.open(QIODevice::ReadOnly) && f.seek(offset) ? f.read(length) : QByteArray();
     }
-    static void TearDownTestSuite() { delete dir; }
-    static QTemporaryDir* dir;
-    static QString raw;
-    static QByteArray image;
+    QTemporaryDir dir;
+    const QString raw = TestPaths::binaryDir() + "/images/demo.img";
 };
-QTemporaryDir* DemoImage::dir = nullptr;
-QString DemoImage::raw;
-QByteArray DemoImage::image;
 
 TEST_F(DemoImage, ContainersListExactlyWhatTheRawImageLists)
 {
@@ -90,7 +87,7 @@ TEST_F(DemoImage, ContainersListExactlyWhatTheRawImageLists)
         ASSERT_GT(std::count(expected.last().begin(), expected.last().end(), '\n'), 1); // files, then the totals
     }
     for (const Container& c : containers) {
-        const QString made = make(*dir, c, raw);
+        const QString made = make(dir, c, raw);
         ASSERT_FALSE(made.isEmpty()) << "cannot make the " << c.name << " container";
         for (int m = 0; m < modes.size(); ++m)
             EXPECT_EQ(listing(modes[m].first, made, modes[m].second), expected[m]) << c.name << " " << modes[m].second.toStdString();
@@ -102,7 +99,7 @@ TEST_F(DemoImage, ContainersListExactlyWhatTheRawImageLists)
 TEST_F(DemoImage, CsvAndDfxmlListTheFilesAndWhereTheirContentLies)
 {
     for (auto [part, volume] : {std::pair{1, DemoDisk::Ntfs}, std::pair{2, DemoDisk::Fat32}}) {
-        const QString csv = dir->filePath("list.csv"), dfxml = dir->filePath("list.xml");
+        const QString csv = dir.filePath("list.csv"), dfxml = dir.filePath("list.xml");
         const QString source = raw + "@" + QString::number(part);
         const QStringList text = QString::fromStdString(listing({"--csv", csv, "--dfxml", dfxml}, source, "")).split('\n');
         const QByteArray csvBytes = CliRunner::readFile(csv);
@@ -121,7 +118,7 @@ TEST_F(DemoImage, CsvAndDfxmlListTheFilesAndWhereTheirContentLies)
             if (xml.name() == QLatin1String("filename"))
                 name = xml.readElementText();
             else if (xml.name() == QLatin1String("byte_run"))
-                onImage[name] += image.mid(xml.attributes().value("img_offset").toLongLong(), xml.attributes().value("len").toInt());
+                onImage[name] += rawBytes(xml.attributes().value("img_offset").toLongLong(), xml.attributes().value("len").toLongLong());
         }
         ASSERT_FALSE(xml.hasError()) << xml.errorString().toStdString();
         int compared = 0;
