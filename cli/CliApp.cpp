@@ -424,7 +424,12 @@ int scanOrRestore(const QStringList& args, bool restore)
     if (restore) {
         const QStringList only = parser.values(QStringLiteral("only"));
         if (!only.isEmpty()) {
-            CheckStates::set(session->root(), 0);
+            // The top node keeps its state; what hangs below it is unticked.
+            FolderNode* top = session->root();
+            for (FolderNode* child : top->children)
+                CheckStates::set(child, 0);
+            for (FoundFile* file : top->files)
+                CheckStates::setFile(top, file, false, [](FolderNode*) {});
             for (const QString& path : only) {
                 FolderNode* folder = TreeReport::find(session->root(), path);
                 if (!folder)

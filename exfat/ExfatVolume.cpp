@@ -100,7 +100,9 @@ bool ExfatVolume::walk(const FileVisitor& visit, const Progress& progress)
 {
     QList<Directory> queue{Directory{{}, rootSet(), false, true}};
     for (int i = 0; i < queue.size(); ++i) {
-        if (!visitDirectory(queue[i], &queue, visit, progress))
+        // A copy: the visit appends to the queue, which may move its items.
+        const Directory current = queue.at(i);
+        if (!visitDirectory(current, &queue, visit, progress))
             return false;
     }
     return true;

@@ -70,6 +70,7 @@ bool ExfatVolumeScan::scanMetadata(ScanTotals& totals)
         return readVolume(buffer, bytes, offset);
     });
     volume.load();
+    m_bitmap = volume.bitmap();
     const bool finished = volume.walk(
         [&](const QStringList& folder, const ExfatEntrySet& set) {
             fileDeleted(totals, volume, folder, set);
@@ -125,9 +126,11 @@ void ExfatVolumeScan::scanFinished()
 void ExfatVolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
     // The heap walked like a FAT32 data area: cluster 2 at its start, one
-    // 32-bit FAT entry per cluster. Carved files are Fat32File records.
+    // 32-bit FAT entry per cluster. Carved files are Fat32File records. Only
+    // clusters the allocation bitmap leaves free: the rest hold live files.
     const quint64 fatBytes = (quint64(m_boot.clusterCount) + ExfatBootSector::kFirstDataCluster) * 4;
-    CarvingPass::runFat32(context, {m_boot.clusterBytes(), m_boot.heapOffset, fatBytes});
+    CarvingPass::runFat32(context, {m_boot.clusterBytes(), m_boot.heapOffset, fatBytes,
+                                    [this](quint64 cluster) { return m_bitmap.isFree(cluster); }});
 }
 
 bool ExfatVolumeScan::carvedExtents(const Fat32File& file, Extents* extents) const

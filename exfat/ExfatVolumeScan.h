@@ -1,4 +1,5 @@
 #pragma once
+#include "exfat/ExfatBitmap.h"
 #include "exfat/ExfatBootSector.h"
 #include "scan/VolumeScan.h"
 
@@ -41,6 +42,7 @@ private:
     bool carvedExtents(const Fat32File& file, Extents* extents) const;
 
     ExfatBootSector m_boot;
+    ExfatBitmap m_bitmap; // from the scan on: the clusters carving may walk
     bool m_opened = false;
     QStringList m_lastPath;          // the folder the last file went to, and its node:
     FolderNode* m_lastFolder = nullptr; // files of one folder come in a row

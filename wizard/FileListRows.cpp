@@ -1,4 +1,6 @@
 #include "wizard/FileListRows.h"
+
+#include <QHeaderView>
 #include "preview/PreviewDialog.h"
 #include "results/Fat32File.h"
 #include "results/FolderNode.h"
@@ -63,6 +65,10 @@ void FileListRows::fill(QTreeWidget* list, FolderNode* folder, const QMap<QStrin
         row->setCheckState(0, file->selected ? Qt::Checked : Qt::Unchecked);
         list->addTopLevelItem(row);
     }
+    // A list the user has not sorted yet shows names from A to Z (a header's
+    // own default is descending).
+    if (!list->header()->isSortIndicatorShown())
+        list->header()->setSortIndicator(NameColumn, Qt::AscendingOrder);
     list->setSortingEnabled(true);
 }
 

@@ -56,7 +56,7 @@ TEST(CarvingPass, CarvesWholeFilesFromFreeBlocksOnly)
             bitmap[used / 8] |= quint8(1 << (used % 8));
         if (!c.ntfs)
             v.listed = {{(200 - 2) * 4096 + 100, 10}};
-        auto free = [&bitmap](quint64 b) { return !(bitmap[b / 8] >> (b % 8) & 1); };
+        auto free = [&bitmap](quint64 b) { return b / 8 < bitmap.size() && !(bitmap[b / 8] >> (b % 8) & 1); };
         if (c.ntfs) {
             EXPECT_TRUE(runNtfs(v, &bitmap));
         } else {

@@ -227,7 +227,9 @@ TEST(Fat32Restore, WritesCheckedFoldersWithContentAndDates)
     MixedVolume v;
     ScannedVolume s(v.b.image());
     s.run();
-    s.volume->findChild("Old Photos")->checkState = 1; // partly checked: its own files stay
+    // Its own files unticked, its subfolders still ticked.
+    for (FoundFile* f : s.volume->findChild("Old Photos")->files)
+        f->selected = false;
     QTemporaryDir target;
     QSignalSpy one(s.scan.get(), &PartScan::undeleteOne);
     QSignalSpy done(s.scan.get(), &PartScan::undeleteDone);

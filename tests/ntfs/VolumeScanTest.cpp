@@ -118,7 +118,9 @@ TEST(NtfsVolumeScan, RestoreWritesCheckedFoldersBelowTheTarget)
     ScanHarness h(scannerOn(v.image));
     h.run();
     QTemporaryDir out;
-    h.volume->findChild("docs")->checkState = 1; // partly checked: its own files stay out
+    // Its own files unticked, its subfolders still ticked.
+    for (FoundFile* f : h.volume->findChild("docs")->files)
+        f->selected = false;
     QSignalSpy one(h.scan.get(), &PartScan::undeleteOne);
     QSignalSpy done(h.scan.get(), &PartScan::undeleteDone);
     h.scan->setRestoreDir(out.path());
@@ -133,7 +135,8 @@ TEST(NtfsVolumeScan, RestoreWritesCheckedFoldersBelowTheTarget)
     EXPECT_EQ(QFileInfo(root + "docs/sub/big.bin").lastModified().toMSecsSinceEpoch(), 1577836800000ll);
 
     QTemporaryDir all;
-    h.volume->findChild("docs")->checkState = 2;
+    for (FoundFile* f : h.volume->findChild("docs")->files)
+        f->selected = true;
     h.scan->setRestoreDir(all.path());
     h.scan->start();
     waitForThread(h.scan.get());
