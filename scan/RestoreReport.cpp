@@ -124,6 +124,8 @@ QString RestoreReport::failureText(RestoreFailure failure)
 RestoreFailure RestoreReport::failureOfError(int error)
 {
     switch (error) {
+    case 0:
+        return RestoreFailure::None;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:
