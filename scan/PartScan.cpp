@@ -3,6 +3,7 @@
 #include "scan/device/DeviceLayer.h"
 
 #include <QDebug>
+#include <QDir>
 #include <cerrno>
 #include <cstring>
 
@@ -104,6 +105,7 @@ void PartScan::restoreTree(const QString& targetDir, const RestoreWalk::Content&
     restoreReport.clear();
     RestoreTarget target;
     int error = 0;
+    QDir().mkpath(targetDir); // a folder the user named but that is not there yet is made
     if (!target.open(targetDir, &error))
         qCritical("cannot open the restore target %s: %s", qUtf8Printable(targetDir), strerror(error));
     RestoreWalk::run(rootFolder, target, keepBoth, content, &restoreReport, [this](quint64 size) { emit undeleteOne(size); });
