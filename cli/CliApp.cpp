@@ -229,7 +229,10 @@ std::unique_ptr<ScanSession> makeSession(const Target& t, const ScanOptions& o, 
 {
     const OpenedSource opened = t.wholeDisk ? VolumeOpener::openDisk(t.disk) : VolumeOpener::openLetter(t.letter);
     if (!opened.scanner) {
-        *f = {CliApp::Unrecognised, opened.problem};
+        if (opened.unopenable)
+            *f = {CliApp::Fatal, QStringLiteral("fatal: ") + opened.problem};
+        else
+            *f = {CliApp::Unrecognised, opened.problem};
         return nullptr;
     }
     auto session = std::make_unique<ScanSession>(opened.scanner, t.wholeDisk ? t.diskName : opened.rootName, !opened.ntfsTree);

@@ -62,8 +62,7 @@ void NtfsVolumeScan::parseBootSector()
         handle = repaired;
     }
     volume = NtfsVolume::open(handle, partOffset);
-    if (!volume.opened())
-        qFatal("%s", qPrintable(volume.problem));
+    setOpenProblem(volume.problem);
     setVolumeBytes(volume.volumeClusters << volume.geometry.clusterShift);
     orphanFolder = nullptr;
     orphanIndex = 1;
@@ -106,9 +105,12 @@ qint64 NtfsVolumeScan::readClusters(void* buffer, quint32 count, quint64 vcn, co
         if (e.sparse) {
             total += qint64(e.count);
         } else if (inside > 0) {
-            const qint64 got = readBlocks(out, quint32(inside), e.lcn, volume.geometry.clusterShift);
+            QList<BadRange> bad;
+            const qint64 got = readBlocks(out, quint32(inside), e.lcn, volume.geometry.clusterShift, &bad);
             if (got < 0)
                 return -1;
+            // Unreadable sectors came back as zeros: the records in them are passed over.
+            countReadErrors(bad.isEmpty() ? 0 : 1);
             total += got;
         }
         out += bytes;
@@ -132,7 +134,10 @@ qint64 NtfsVolumeScan::readRecord(void* buffer, quint32 number)
     if (where.isEmpty() || where.first().sparse || where.first().lcn >= volume.volumeClusters)
         return -1;
     const quint64 within = streamByte & (volume.geometry.clusterBytes - 1);
-    return read(buffer, volume.geometry.recordBytes, (where.first().lcn << volume.geometry.clusterShift) + within + partOffset);
+    QList<BadRange> bad;
+    const qint64 got = read(buffer, volume.geometry.recordBytes, (where.first().lcn << volume.geometry.clusterShift) + within + partOffset, &bad);
+    countReadErrors(bad.isEmpty() ? 0 : 1);
+    return got;
 }
 
 // ---------------------------------------------------------------- scan pass

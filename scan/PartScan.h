@@ -49,6 +49,10 @@ public:
     // True once the device stopped answering: the scan ends with what it has
     // and the caller says "设备读取失败".
     bool deviceFailed() const;
+    // Why the volume's structures can't carry a scan (its boot sector or
+    // metadata are unreadable); empty when they can. Such a scan ends at once
+    // with nothing found, and the caller shows this text.
+    QString openProblem() const { return m_openProblem; }
     // The sectors found unreadable so far (device positions).
     QList<BadRange> badRanges() const;
     void setRestoreDir(const QString& dir) { restoreDir = dir; }
@@ -91,6 +95,7 @@ signals:
     void diskScanEnd();
 
 protected:
+    void setOpenProblem(const QString& why) { m_openProblem = why; }
     // The check point every scan loop calls at its own cadence: waits while
     // paused; returns true when the scan is to stop.
     bool checkPoint();
@@ -105,4 +110,7 @@ protected:
     void restoreTree(const QString& targetDir, const RestoreWalk::Content& content);
     // Emits undeleteDone with restoreReport's counts.
     void finishRestore();
+
+private:
+    QString m_openProblem;
 };

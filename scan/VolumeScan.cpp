@@ -74,6 +74,13 @@ void VolumeScan::scan()
         QMutexLocker lock(&mutex);
         runState = Running;
     }
+    if (!openProblem().isEmpty()) {
+        // Nothing behind the boot sector can be read: the scan ends at once, empty.
+        emit scanBegin(0);
+        scanFinished();
+        emit scanDone(0, 0);
+        return;
+    }
     const double scale = double(progressTotal()) * (doExtra ? kCarvingShare : 1.0);
     emit scanBegin(int(qMin(scale, double(INT_MAX))));
     m_progressClock.start();
@@ -165,9 +172,11 @@ qint64 VolumeScan::readVolume(void* buffer, quint64 bytes, quint64 volumeOffset)
         ++m_readErrors;
         return -1;
     }
-    QList<BadRange>* bad = restoreRead ? &restoreRead->bad : nullptr;
-    if (bad)
-        bad->clear();
+    // Sectors that could not be read come back as zeros; a read that met any
+    // counts as a read error, so a scan says how much of the volume it missed.
+    QList<BadRange> scanBad;
+    QList<BadRange>* bad = restoreRead ? &restoreRead->bad : &scanBad;
+    bad->clear();
     const qint64 got = read(buffer, bytes, position, bad);
     if (restoreRead) {
         restoreRead->position = position;
@@ -175,7 +184,7 @@ qint64 VolumeScan::readVolume(void* buffer, quint64 bytes, quint64 volumeOffset)
         restoreRead->got = got;
         restoreRead->fresh = true;
     }
-    if (got < 0)
+    if (got < 0 || !bad->isEmpty())
         ++m_readErrors;
     return got;
 }

@@ -85,6 +85,13 @@ OpenedSource VolumeOpener::openLetter(QChar letter)
     }
     // A one-letter name is how the scanner knows the volume is mounted and may hold live files.
     opened.scanner = fs->make(QString(letter), std::move(handle), 0);
+    if (!opened.scanner->openProblem().isEmpty()) {
+        opened.problem = opened.scanner->openProblem();
+        opened.unopenable = true;
+        delete opened.scanner;
+        opened.scanner = nullptr;
+        return opened;
+    }
     opened.kind = QLatin1String(fs->kind);
     opened.rootName = QString(letter);
     opened.ntfsTree = fs->ntfsTree;

@@ -16,6 +16,7 @@ struct OpenedSource {
     QString rootName;   // of the visible root folder
     bool ntfsTree = true; // FolderNode::ntfs of the root folder
     QString problem;    // why there is no scanner
+    bool unopenable = false; // the file system was recognised, but its structures can't be read
 };
 
 // The one place a source is opened. A volume's file system is told from its

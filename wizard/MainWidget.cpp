@@ -731,7 +731,7 @@ void MainWidget::startScan()
         delete scanTimer;
         scanTimer = nullptr;
         state.currentPrevButton->setEnabled(true);
-        showMessage(tr("无法识别的文件系统。"));
+        showMessage(opened.unopenable ? opened.problem : tr("无法识别的文件系统。"));
         return;
     }
     scanRoot = std::make_unique<ScanRoot>(opened.rootName.isEmpty() ? state.diskName : opened.rootName, opened.ntfsTree);
