@@ -108,7 +108,7 @@ void PartScan::restoreTree(const QString& targetDir, const RestoreWalk::Content&
     QDir().mkpath(targetDir); // a folder the user named but that is not there yet is made
     if (!target.open(targetDir, &error))
         qCritical("cannot open the restore target %s: %s", qUtf8Printable(targetDir), strerror(error));
-    RestoreWalk::run(rootFolder, target, keepBoth, content, &restoreReport, [this](quint64 size) { emit undeleteOne(size); });
+    RestoreWalk::run(rootFolder, target, keepBoth, content, &restoreReport, [this](quint64 size) { emit undeleteOne(size); }, filter);
 }
 
 void PartScan::finishRestore()
