@@ -4,6 +4,7 @@
 namespace {
 // The value of a $FILE_NAME stands behind the 0x18-byte resident header.
 constexpr size_t kParentOffset = 0x18;
+constexpr size_t kParentSequenceOffset = 0x1E;
 constexpr size_t kCreatedOffset = 0x20;
 constexpr size_t kModifiedOffset = 0x28;
 constexpr size_t kNameLengthOffset = 0x58;
@@ -22,6 +23,7 @@ bool FileNameAttribute::decode(const uint8_t* record, quint32 recordBytes, int a
     LeReader r(record + attrOffset, qMin<size_t>(attrLength, recordBytes - size_t(attrOffset)));
     FileNameAttribute a;
     a.parentRecord = r.u32(kParentOffset);
+    a.parentSequence = r.u16(kParentSequenceOffset);
     a.created = r.u64(kCreatedOffset);
     a.modified = r.u64(kModifiedOffset);
     const quint8 chars = r.u8(kNameLengthOffset);

@@ -6,6 +6,7 @@
 // The fields of a $FILE_NAME attribute that the scan uses.
 struct FileNameAttribute {
     quint32 parentRecord = 0; // low 32 bits of the parent's file reference
+    quint16 parentSequence = 0; // its high 16 bits: the parent record's sequence number
     quint64 created = 0;      // FILETIME
     quint64 modified = 0;     // FILETIME
     QString name;             // empty when the stored length is 0

@@ -7,9 +7,11 @@
 namespace {
 constexpr size_t kSignatureOffset = 0x00;
 constexpr size_t kAttrOffsetOffset = 0x14;
+constexpr size_t kSequenceOffset = 0x10;
 constexpr size_t kFlagsOffset = 0x16;
 constexpr size_t kUsedSizeOffset = 0x18;
 constexpr size_t kAllocSizeOffset = 0x1C;
+constexpr size_t kBaseReferenceOffset = 0x20;
 constexpr size_t kRecordNumberOffset = 0x2C;
 // The update sequence array of NTFS 3.1 records; its first entry is the
 // sequence number itself, the saved sector ends follow it.
@@ -38,6 +40,8 @@ bool MftRecord::parseHeader(uint8_t* record, quint32 recordBytes, MftRecordInfo*
     info->allocSize = alloc;
     info->flags = r.u16(kFlagsOffset);
     info->recordNumber = r.u32(kRecordNumberOffset);
+    info->sequence = r.u16(kSequenceOffset);
+    info->baseReference = r.u64(kBaseReferenceOffset);
     // The sequence number at the array's start is not compared with the
     // sector ends: a torn record is decoded as it stands.
     for (size_t k = 0; (k + 1) * kFixupStride <= recordBytes; ++k) {

@@ -67,6 +67,7 @@ bool MftRecordDecoder::fileName(const uint8_t* record, MftRecordInfo* info, QStr
     if (at < 0 || !FileNameAttribute::decode(record, m_geometry.recordBytes, at, length, &attr))
         return false;
     info->parentRecord = attr.parentRecord;
+    info->parentSequence = attr.parentSequence;
     info->created = attr.created;
     info->modified = attr.modified;
     *name = attr.name;

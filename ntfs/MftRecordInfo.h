@@ -12,7 +12,10 @@ struct MftRecordInfo {
     quint32 usedSize = 0;
     quint32 allocSize = 0;
     quint32 recordNumber = 0;
+    quint16 sequence = 0;      // raised each time the record is freed
+    quint64 baseReference = 0; // non-zero in an extension record: its base record
     quint32 parentRecord = 0; // from the chosen $FILE_NAME
+    quint16 parentSequence = 0; // the parent record's sequence number when the name was made
     quint64 modified = 0;     // FILETIME
     quint64 created = 0;      // FILETIME
     QString path;

@@ -8,6 +8,7 @@ constexpr size_t kBytesPerSectorOffset = 0x0B;
 constexpr size_t kSectorsPerClusterOffset = 0x0D;
 constexpr size_t kTotalSectorsOffset = 0x28;
 constexpr size_t kMftLcnOffset = 0x30;
+constexpr size_t kMirrorLcnOffset = 0x38;
 constexpr size_t kRecordSizeOffset = 0x40;
 
 // Sector sizes that disks have had: 256 (old media) to 4096 (advanced format).
@@ -50,6 +51,7 @@ bool NtfsGeometry::parse(const uint8_t* sector, size_t size, NtfsGeometry* out, 
     const qint8 recordField = qint8(r.u8(kRecordSizeOffset));
     g.totalSectors = r.u64(kTotalSectorsOffset);
     g.mftLcn = r.u64(kMftLcnOffset);
+    g.mirrorLcn = r.u64(kMirrorLcnOffset);
     if (!r.ok() || !checked::isPowerOfTwo(g.sectorBytes) || g.sectorBytes < kMinSectorBytes
         || g.sectorBytes > kMaxSectorBytes || !checked::isPowerOfTwo(cluster) || cluster > kMaxClusterBytes)
         return false;

@@ -11,6 +11,7 @@ struct NtfsGeometry {
     quint32 recordBytes = 1024;
     quint64 totalSectors = 0; // as the boot sector states it; 0 when absent
     quint64 mftLcn = 0;
+    quint64 mirrorLcn = 0; // $MFTMirr: the copy of the first records
 
     // Fills *out from the first sector of a volume. False when the sector does
     // not say "NTFS" (*signatureOk false) or states sizes no NTFS volume has.

@@ -72,10 +72,6 @@ NtfsVolume NtfsVolume::open(const DeviceHandle& handle, quint64 partOffset)
         v.problem = QLatin1String(kRecordWhere) + QLatin1String("$MFT record has no $BITMAP");
         return v;
     }
-    for (DataRun* run : v.mft->runs) {
-        run->vcnEnd = checked::mulSat(run->vcnEnd, kMftReachFactor);
-        run->length = checked::mulSat(run->length, kMftReachFactor);
-    }
     if (!v.readMftBitmap(handle, partOffset, bytes + bitmap, length))
         v.problem = QStringLiteral("NtfsVolume::open(): cannot read main mft bitmap");
     return v;

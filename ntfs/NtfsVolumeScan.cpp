@@ -1,13 +1,15 @@
 #include "ntfs/NtfsVolumeScan.h"
 #include "carving/CarvingPass.h"
 #include "diskscan/BackupBootLocator.h"
-#include "ntfs/FileNameAttribute.h"
+#include "ntfs/AttributeList.h"
+#include "ntfs/CompressedStream.h"
+#include "ntfs/FileStreams.h"
+#include "ntfs/MftAttribute.h"
 #include "ntfs/MftRecord.h"
-#include "ntfs/MftRecordDecoder.h"
 #include "ntfs/ParentChain.h"
 #include "ntfs/RunList.h"
-#include "results/FolderNode.h"
 #include "results/ExtentList.h"
+#include "results/FolderNode.h"
 #include "results/NtfsFile.h"
 #include "scan/CheckedMath.h"
 #include "scan/device/DeviceLayer.h"
@@ -17,16 +19,19 @@
 #include <cstring>
 
 namespace {
-// The record loop looks at least this far, even behind a small MFT.
+// Behind a small MFT the scan still reads this far for records of an earlier one.
 constexpr quint64 kMinScanBytes = 128ull * 1024 * 1024;
-// The loop's counter starts here, so it looks at limit - 16 record slots.
-constexpr qint64 kFirstBatchNumber = 16;
-// A batch of records is read at once: two clusters of 4096 bytes, or one larger cluster.
-constexpr quint32 kBatchBytes = 8192;
+// Records are read in batches of this size: few reads, little memory.
+constexpr quint64 kBatchBytes = 1024 * 1024;
 // Record 6 of every NTFS volume is $Bitmap, the cluster allocation bitmap.
 constexpr quint32 kBitmapRecord = 6;
+// $MFTMirr copies the first four records.
+constexpr quint64 kMirrorRecords = 4;
 // Orphaned files are spread over folders of this many entries.
 constexpr int kOrphanFolderEntries = 500;
+// A file's attribute list names at most this many extension records: more is damage.
+constexpr int kMaxExtensionRecords = 1024;
+constexpr int kSequenceShift = 48;
 
 constexpr quint64 ceilDiv(quint64 a, quint64 b) { return a / b + (a % b ? 1 : 0); }
 } // namespace
@@ -45,7 +50,8 @@ NtfsVolumeScan::NtfsVolumeScan(const QString& name, DeviceHandle h, quint64 offs
 NtfsVolumeScan::~NtfsVolumeScan()
 {
     stopAndWait();
-    qDeleteAll(directories);
+    for (Pending& p : pending)
+        qDeleteAll(p.streams);
 }
 
 // ---------------------------------------------------------------- volume open
@@ -73,47 +79,37 @@ bool NtfsVolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
     return NtfsVolume::open(handle, partOffset).opened();
 }
 
-// ---------------------------------------------------------------- record decoding
-
-bool NtfsVolumeScan::parseFileRecord(uint8_t* record, MftRecordInfo& info)
-{
-    auto* file = new NtfsFile;
-    file->mftRecord = info.recordNumber;
-    file->recordOffset = info.foundAt;
-    info.file = file;
-    decoder().data(record, &info, volume.volumeClusters);
-    quint32 length = 0;
-    // Content without a usable name counts as a result but has no place in the tree.
-    if (file->size != 0 && (decoder().attribute(record, info, MftRecord::kFileNameType, &length) < 0 || fileRecordName(record, info)))
-        return true;
-    delete file;
-    info.file = nullptr;
-    return false;
-}
-
 // ---------------------------------------------------------------- reads over runs
+
+qint64 NtfsVolumeScan::readVolumeClusters(char* out, quint64 lcn, quint64 count)
+{
+    std::memset(out, 0, size_t(count << volume.geometry.clusterShift));
+    // Clusters behind the volume's end belong to no one: they stay zero.
+    const quint64 inside = lcn < volume.volumeClusters ? qMin(count, volume.volumeClusters - lcn) : 0;
+    if (inside == 0)
+        return 0;
+    QList<BadRange> bad;
+    const qint64 got = readBlocks(out, quint32(inside), lcn, volume.geometry.clusterShift, &bad);
+    // Unreadable sectors came back as zeros: the records in them are passed over.
+    countReadErrors(bad.isEmpty() ? 0 : 1);
+    return got;
+}
 
 qint64 NtfsVolumeScan::readClusters(void* buffer, quint32 count, quint64 vcn, const QList<DataRun*>& runs)
 {
     char* out = static_cast<char*>(buffer);
     qint64 total = 0;
     for (const RunList::Extent& e : RunList::extents(runs, vcn, count)) {
-        const quint64 bytes = e.count << volume.geometry.clusterShift;
-        std::memset(out, 0, bytes);
-        // Clusters behind the volume's end belong to no one: they stay zero.
-        const quint64 inside = e.lcn < volume.volumeClusters ? qMin(e.count, volume.volumeClusters - e.lcn) : 0;
         if (e.sparse) {
+            std::memset(out, 0, size_t(e.count << volume.geometry.clusterShift));
             total += qint64(e.count);
-        } else if (inside > 0) {
-            QList<BadRange> bad;
-            const qint64 got = readBlocks(out, quint32(inside), e.lcn, volume.geometry.clusterShift, &bad);
+        } else {
+            const qint64 got = readVolumeClusters(out, e.lcn, e.count);
             if (got < 0)
                 return -1;
-            // Unreadable sectors came back as zeros: the records in them are passed over.
-            countReadErrors(bad.isEmpty() ? 0 : 1);
             total += got;
         }
-        out += bytes;
+        out += e.count << volume.geometry.clusterShift;
     }
     return total;
 }
@@ -121,7 +117,7 @@ qint64 NtfsVolumeScan::readClusters(void* buffer, quint32 count, quint64 vcn, co
 qint64 NtfsVolumeScan::readRecord(void* buffer, quint32 number)
 {
     const NtfsFile* mft = volume.mft.get();
-    if (!mft)
+    if (!mft || number >= recordCount())
         return -1;
     const quint64 streamByte = quint64(number) * volume.geometry.recordBytes;
     const quint64 vcn = streamByte >> volume.geometry.clusterShift;
@@ -130,36 +126,65 @@ qint64 NtfsVolumeScan::readRecord(void* buffer, quint32 number)
         const qint64 got = readClusters(buffer, clusters, vcn, mft->runs);
         return got < 0 ? -1 : got << volume.geometry.clusterShift;
     }
-    const QList<RunList::Extent> where = RunList::extents(mft->runs, vcn, 1);
-    if (where.isEmpty() || where.first().sparse || where.first().lcn >= volume.volumeClusters)
+    const quint64 at = volumeOffsetOf(streamByte);
+    if (at == 0)
         return -1;
-    const quint64 within = streamByte & (volume.geometry.clusterBytes - 1);
     QList<BadRange> bad;
-    const qint64 got = read(buffer, volume.geometry.recordBytes, (where.first().lcn << volume.geometry.clusterShift) + within + partOffset, &bad);
+    const qint64 got = read(buffer, volume.geometry.recordBytes, at + partOffset, &bad);
     countReadErrors(bad.isEmpty() ? 0 : 1);
     return got;
 }
 
+quint64 NtfsVolumeScan::volumeOffsetOf(quint64 streamByte) const
+{
+    const quint64 vcn = streamByte >> volume.geometry.clusterShift;
+    if (vcn >= RunList::clusterTotal(volume.mft->runs))
+        return 0;
+    const QList<RunList::Extent> where = RunList::extents(volume.mft->runs, vcn, 1);
+    if (where.isEmpty() || where.first().sparse || where.first().lcn >= volume.volumeClusters)
+        return 0;
+    return (where.first().lcn << volume.geometry.clusterShift) + (streamByte & (volume.geometry.clusterBytes - 1));
+}
+
 // ---------------------------------------------------------------- scan pass
 
-qint64 NtfsVolumeScan::recordLimit() const
+quint64 NtfsVolumeScan::recordCount() const
 {
-    const quint64 recordCount = volume.mft->size / volume.geometry.recordBytes;
-    return qint64(qMax(checked::mulSat(recordCount, NtfsVolume::kMftReachFactor), kMinScanBytes / volume.geometry.recordBytes));
+    return volume.mft ? volume.mft->size / volume.geometry.recordBytes : 0;
+}
+
+QList<MftReach::Span> NtfsVolumeScan::reachPlan() const
+{
+    const NtfsGeometry& g = volume.geometry;
+    const quint64 mirrorClusters = ceilDiv(kMirrorRecords * g.recordBytes, g.clusterBytes);
+    const quint64 mftClusters = RunList::clusterTotal(volume.mft->runs);
+    const quint64 minClusters = kMinScanBytes / g.clusterBytes;
+    return MftReach::plan(volume.mft->runs, volume.volumeClusters, {{g.mirrorLcn, mirrorClusters}},
+                          minClusters > mftClusters ? minClusters - mftClusters : 0);
 }
 
 quint64 NtfsVolumeScan::progressTotal() const
 {
-    return quint64(recordLimit());
+    const quint64 clusters = RunList::clusterTotal(volume.mft->runs) + MftReach::clusters(reachPlan());
+    return checked::mulSat(clusters, volume.geometry.clusterBytes) / volume.geometry.recordBytes;
 }
 
 bool NtfsVolumeScan::scanMetadata(ScanTotals& totals)
 {
     mountPoint = deviceName.size() == 1 ? DeviceLayer::instance().mountPointOfLetter(deviceName.at(0)) : QString();
     loadClusterBitmap();
-    const bool stopped = recordLoop(recordLimit(), volume.mft->size / volume.geometry.recordBytes, &totals);
-    qDeleteAll(directories);
+    liveSequence = QVector<quint16>(int(qMin<quint64>(recordCount(), quint64(INT_MAX))), 0);
     directories.clear();
+    reachSeen.clear();
+    // Files are filed when a pass is over: a folder's record may stand behind its files'.
+    bool stopped = liveMftPass(&totals);
+    fileAllPending(&totals);
+    if (!stopped)
+        stopped = reachPass(reachPlan(), &totals);
+    fileAllPending(&totals);
+    directories.clear();
+    liveSequence.clear();
+    reachSeen.clear();
     return !stopped;
 }
 
@@ -202,124 +227,219 @@ void NtfsVolumeScan::loadClusterBitmap()
     readClusters(clusterBitmap.data(), quint32(bitmapClusters), 0, bitmapFile.runs);
 }
 
-NtfsVolumeScan::BatchPlace NtfsVolumeScan::batchPlace(quint64 vcn, quint32 clusters) const
+bool NtfsVolumeScan::liveMftPass(ScanTotals* totals)
 {
-    for (const RunList::Extent& e : RunList::extents(volume.mft->runs, vcn, clusters)) {
-        if (!e.sparse && e.lcn < volume.volumeClusters)
-            return BatchPlace::Inside;
-    }
-    // Behind the last run the stream only moves further out.
-    return vcn >= RunList::clusterTotal(volume.mft->runs) ? BatchPlace::PastEnd : BatchPlace::OutsideVolume;
-}
-
-bool NtfsVolumeScan::recordLoop(qint64 limit, quint64 recordCount, ScanTotals* totals)
-{
-    const quint32 batchBytes = qMax(kBatchBytes, volume.geometry.clusterBytes);
-    const quint32 batchClusters = batchBytes >> volume.geometry.clusterShift;
-    const quint32 batchRecords = batchBytes / volume.geometry.recordBytes;
-    QByteArray buffer(int(batchBytes), '\0');
+    const NtfsGeometry& g = volume.geometry;
+    const quint64 batchClusters = qMax<quint64>(qMax<quint64>(kBatchBytes, g.recordBytes) >> g.clusterShift, 1);
+    const quint64 streamClusters = RunList::clusterTotal(volume.mft->runs);
+    QByteArray buffer(qsizetype(batchClusters << g.clusterShift), '\0');
     auto* bytes = reinterpret_cast<uint8_t*>(buffer.data());
-    quint64 vcn = 0;
-    for (qint64 batch = kFirstBatchNumber; batch < limit; batch += batchRecords, vcn += batchClusters) {
-        const BatchPlace place = batchPlace(vcn, batchClusters);
-        if (place == BatchPlace::PastEnd)
-            break;
+    for (quint64 vcn = 0; vcn < streamClusters; vcn += batchClusters) {
+        const quint64 count = qMin(batchClusters, streamClusters - vcn);
+        const quint64 records = (count << g.clusterShift) / g.recordBytes;
         // A batch that can't be read is passed over and counted; the records behind it still count.
-        if (place == BatchPlace::Inside && readClusters(bytes, batchClusters, vcn, volume.mft->runs) <= 0) {
+        const bool readable = readClusters(bytes, quint32(count), vcn, volume.mft->runs) > 0;
+        if (!readable)
             countReadErrors(1);
-        } else if (place == BatchPlace::Inside) {
-            for (quint32 i = 0; i < batchRecords; ++i) {
-                const quint64 streamByte = (vcn << volume.geometry.clusterShift) + quint64(i) * volume.geometry.recordBytes;
-                scanRecord(bytes + i * volume.geometry.recordBytes, totals->position + i, recordCount,
-                           volumeOffsetOf(streamByte), totals);
-            }
+        const quint64 firstSlot = (vcn << g.clusterShift) / g.recordBytes;
+        for (quint64 i = 0; i < records; ++i) {
+            if (readable)
+                scanRecord(bytes + i * g.recordBytes, qint64(firstSlot + i), volumeOffsetOf((firstSlot + i) * g.recordBytes));
+            if (step(++totals->position))
+                return true;
         }
-        totals->position += batchRecords;
-        if (step(totals->position))
-            return true;
     }
     return false;
 }
 
-bool NtfsVolumeScan::recordInUse(quint64 position) const
+bool NtfsVolumeScan::reachPass(const QList<MftReach::Span>& spans, ScanTotals* totals)
 {
-    const quint64 byte = position / 8;
-    return byte < quint64(volume.mftBitmap.size()) && (quint8(volume.mftBitmap.at(qsizetype(byte))) >> (position % 8)) & 1;
+    const NtfsGeometry& g = volume.geometry;
+    const quint64 batchClusters = qMax<quint64>(qMax<quint64>(kBatchBytes, g.recordBytes) >> g.clusterShift, 1);
+    QByteArray buffer(qsizetype(batchClusters << g.clusterShift), '\0');
+    auto* bytes = reinterpret_cast<uint8_t*>(buffer.data());
+    for (const MftReach::Span& span : spans) {
+        for (quint64 done = 0; done < span.count; done += batchClusters) {
+            const quint64 count = qMin(batchClusters, span.count - done);
+            const quint64 records = (count << g.clusterShift) / g.recordBytes;
+            const bool readable = readVolumeClusters(buffer.data(), span.lcn + done, count) > 0;
+            for (quint64 i = 0; i < records; ++i) {
+                if (readable)
+                    scanRecord(bytes + i * g.recordBytes, -1, ((span.lcn + done) << g.clusterShift) + i * g.recordBytes);
+                if (step(++totals->position))
+                    return true;
+            }
+        }
+    }
+    return false;
 }
 
-quint64 NtfsVolumeScan::volumeOffsetOf(quint64 streamByte) const
+bool NtfsVolumeScan::recordInUse(quint64 number) const
 {
-    const QList<RunList::Extent> where = RunList::extents(volume.mft->runs, streamByte >> volume.geometry.clusterShift, 1);
-    if (where.isEmpty() || where.first().sparse)
-        return 0;
-    return (where.first().lcn << volume.geometry.clusterShift) + (streamByte & (volume.geometry.clusterBytes - 1));
+    const quint64 byte = number / 8;
+    return byte < quint64(volume.mftBitmap.size()) && (quint8(volume.mftBitmap.at(qsizetype(byte))) >> (number % 8)) & 1;
 }
 
-void NtfsVolumeScan::scanRecord(uint8_t* record, quint64 position, quint64 recordCount, quint64 foundAt, ScanTotals* totals)
+bool NtfsVolumeScan::isLiveRecord(quint32 number, quint16 sequence) const
+{
+    return number < quint64(liveSequence.size()) && recordInUse(number) && liveSequence.at(int(number)) == sequence;
+}
+
+void NtfsVolumeScan::scanRecord(uint8_t* record, qint64 slot, quint64 foundAt)
 {
     MftRecordInfo info;
     info.foundAt = foundAt;
     if (!decoder().header(record, &info))
         return;
-    if (info.flags & MftRecord::kDirectoryFlag) {
-        recordDirectory(record, info);
+    const bool inLiveMft = slot >= 0 && quint64(slot) < quint64(liveSequence.size());
+    // In the live MFT a record is its slot, whatever it says; behind it, what it says.
+    const quint32 number = inLiveMft ? quint32(slot) : info.recordNumber;
+    if (inLiveMft && recordInUse(number))
+        liveSequence[int(number)] = info.sequence;
+    const bool live = isLiveRecord(number, info.sequence);
+    // The MFT bitmap decides, not the record's in-use flag. Behind the live
+    // MFT a record the live MFT holds in use under the same sequence number
+    // is a copy of it; a deleted record met twice is one file.
+    if (slot < 0 && live)
         return;
-    }
-    // The in-use flag of the record is not trusted: the MFT bitmap decides,
-    // and behind the live MFT every record is a candidate.
-    if (position < recordCount && recordInUse(position))
+    const quint64 key = (quint64(number) << 16) | info.sequence;
+    if (!live && reachSeen.contains(key))
         return;
-    if (!parseFileRecord(record, info))
+    if (!live)
+        reachSeen.insert(key);
+    // Extension records are read through their base record's attribute list.
+    if (info.baseReference != 0)
         return;
-    ++totals->results;
-    totals->totalSize += info.file->size;
-    if (!info.filed)
-        delete info.file;
+    if (info.flags & MftRecord::kDirectoryFlag)
+        recordDirectory(record, info, number, live);
+    else if (!live && number >= kFirstUserRecord)
+        collectFile(record, info, number);
 }
 
-void NtfsVolumeScan::recordDirectory(const uint8_t* record, MftRecordInfo& info)
-{
-    QString name;
-    if (!decoder().fileName(record, &info, &name))
-        return;
-    if (!name.isEmpty())
-        info.path = name;
-    // The first record that states a number keeps it.
-    if (info.path.isEmpty() || directories.contains(info.recordNumber))
-        return;
-    directories.insert(info.recordNumber, new DirectoryEntry{info.parentRecord, info.created, info.path});
-}
-
-bool NtfsVolumeScan::fileRecordName(const uint8_t* record, MftRecordInfo& info)
+void NtfsVolumeScan::recordDirectory(const uint8_t* record, MftRecordInfo& info, quint32 number, bool live)
 {
     QString name;
     if (!decoder().fileName(record, &info, &name) || name.isEmpty())
-        return false;
-    NtfsFile* file = info.file;
-    file->name = name;
-    if (file->name == QLatin1String("$Bitmap"))
-        return true;
-    if (!filterAccepts(file->name))
-        return false;
-    file->modifiedMsecs = FileNameAttribute::toMsecs(info.modified);
+        return;
+    for (auto it = directories.constFind(number); it != directories.cend() && it.key() == number; ++it)
+        if (it.value().sequence == info.sequence)
+            return; // the first record of a number and sequence stays
+    directories.insert(number, DirectoryEntry{info.parentRecord, info.parentSequence, info.sequence, live, name});
+}
 
-    QStringList folders = ParentChain::walk(directories, info.parentRecord, info.created).folders;
+void NtfsVolumeScan::collectFile(const uint8_t* record, MftRecordInfo& info, quint32 number)
+{
+    FileStreams streams(volume.geometry, volume.volumeClusters);
+    streams.addRecord(record, info, info.foundAt);
+    addExtensionRecords(record, info, number, &streams);
+    Pending p;
+    p.hasName = streams.hasName();
+    p.name = streams.fileName();
+    for (NtfsFile* file : streams.take()) {
+        // Empty streams are no results.
+        if (file->size == 0)
+            delete file;
+        else
+            p.streams.append(file);
+    }
+    if (!p.streams.isEmpty())
+        pending.append(p);
+}
+
+QByteArray NtfsVolumeScan::attributeListValue(const uint8_t* record, const MftRecordInfo& info)
+{
+    for (const MftAttribute& a : MftAttribute::all(record, volume.geometry.recordBytes, info)) {
+        if (a.type != MftAttribute::kAttributeListType)
+            continue;
+        if (a.resident)
+            return QByteArray(reinterpret_cast<const char*>(record + a.valueOffset), int(a.valueLength));
+        QList<DataRun*> runs;
+        RunList::decode(record + a.runListOffset, a.runListBytes, volume.volumeClusters, &runs);
+        // Read to the allocated end: deleting a file may shorten its list
+        // first, and entries behind the real size still name extension
+        // records, each of which must name this record back to count.
+        const quint64 bytes = qMin<quint64>(qMin(a.allocatedSize, checked::mulSat(RunList::clusterTotal(runs), volume.geometry.clusterBytes)),
+                                            AttributeList::kMaxBytes);
+        const quint64 clusters = ceilDiv(bytes, volume.geometry.clusterBytes);
+        QByteArray value(qsizetype(clusters << volume.geometry.clusterShift), '\0');
+        const bool readable = clusters > 0 && readClusters(value.data(), quint32(clusters), 0, runs) > 0;
+        qDeleteAll(runs);
+        return readable ? value.left(qsizetype(bytes)) : QByteArray();
+    }
+    return {};
+}
+
+void NtfsVolumeScan::addExtensionRecords(const uint8_t* record, const MftRecordInfo& info, quint32 number, FileStreams* streams)
+{
+    const QByteArray list = attributeListValue(record, info);
+    if (list.isEmpty())
+        return;
+    QSet<quint32> read{number};
+    QByteArray extension(int(volume.geometry.recordBytes), '\0');
+    auto* bytes = reinterpret_cast<uint8_t*>(extension.data());
+    for (const AttributeList::Entry& e : AttributeList::decode(reinterpret_cast<const uint8_t*>(list.constData()), size_t(list.size()))) {
+        if ((e.type != MftRecord::kFileNameType && e.type != MftRecord::kDataType) || read.contains(e.record)
+            || read.size() > kMaxExtensionRecords)
+            continue;
+        read.insert(e.record);
+        MftRecordInfo ext;
+        if (readRecord(bytes, e.record) < qint64(volume.geometry.recordBytes) || !decoder().header(bytes, &ext))
+            continue;
+        // An extension whose base reference no longer names this record was reused.
+        if (quint32(ext.baseReference) != number
+            || !ParentChain::sequenceMatches(info.sequence, false, quint16(ext.baseReference >> kSequenceShift)))
+            continue;
+        ext.recordNumber = e.record;
+        streams->addRecord(bytes, ext, volumeOffsetOf(quint64(e.record) * volume.geometry.recordBytes));
+        if (e.type == MftRecord::kFileNameType)
+            streams->addClearedName(bytes, ext);
+    }
+}
+
+void NtfsVolumeScan::fileAllPending(ScanTotals* totals)
+{
+    for (Pending& p : pending)
+        filePending(p, totals);
+    pending.clear();
+}
+
+void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
+{
+    QList<NtfsFile*> streams;
+    std::swap(streams, p.streams);
+    const QString& name = p.name.name;
+    // Content without a long name counts as a result but has no place in the tree.
+    if (!p.hasName) {
+        for (const NtfsFile* file : streams)
+            ++totals->results, totals->totalSize += file->size;
+    }
+    if (!p.hasName || name.isEmpty() || !filterAccepts(name)) {
+        qDeleteAll(streams);
+        return;
+    }
+    QStringList folders = ParentChain::walk(directories, p.name.parentRecord, p.name.parentSequence).folders;
     FolderNode* folder = nullptr;
     if (!folders.isEmpty() && folders.first() == QLatin1String(".")) {
         folders.removeFirst();
-        if (isLive(folders, file->name))
-            return false;
+        if (isLive(folders, name)) {
+            qDeleteAll(streams);
+            return;
+        }
         folder = rootFolder;
     } else {
         folder = currentOrphanFolder();
     }
     for (const QString& part : folders)
         folder = folder->obtainChild(part, partIndex, true);
-    info.path = (folders + QStringList{file->name}).join(QLatin1Char('/'));
-    folder->addFile(file);
-    info.filed = true;
-    markClusters(file);
-    return true;
+    for (NtfsFile* file : streams) {
+        // A named stream is listed beside its file as "file:stream".
+        file->name = file->name.isEmpty() ? name : name + QLatin1Char(':') + file->name;
+        file->modifiedMsecs = FileNameAttribute::toMsecs(p.name.modified);
+        ++totals->results;
+        totals->totalSize += file->size;
+        folder->addFile(file);
+        markClusters(file);
+    }
 }
 
 bool NtfsVolumeScan::isLive(const QStringList& folders, const QString& name) const
@@ -368,9 +488,15 @@ bool NtfsVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
     if (!file || file->resident || file->runs.isEmpty())
         return false;
     ExtentList list(volumeBytes(), file->size);
+    quint64 at = 0;
     for (const DataRun* run : file->runs) {
         const quint64 bytes = checked::mulSat(run->length, volume.geometry.clusterBytes);
-        const bool more = run->sparse ? list.addHole(bytes) : list.add(checked::mulSat(run->lcn, volume.geometry.clusterBytes), bytes);
+        // Bytes behind the initialized size read as zeros, whatever the clusters hold.
+        const quint64 written = run->sparse || at >= file->initializedSize ? 0 : qMin(bytes, file->initializedSize - at);
+        bool more = list.add(checked::mulSat(run->lcn, volume.geometry.clusterBytes), written);
+        if (more && written < bytes)
+            more = list.addHole(bytes - written);
+        at = checked::addSat(at, bytes);
         if (run->length == 0 || !more)
             break;
     }
@@ -381,6 +507,11 @@ bool NtfsVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
 bool NtfsVolumeScan::readContent(const FoundFile& found, const ContentSink& sink)
 {
     const auto* file = dynamic_cast<const NtfsFile*>(&found);
+    if (file && file->compressionUnitClusters && !file->resident) {
+        const auto readAt = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
+        CompressedStream::stream(*file, volume.geometry.clusterBytes, volumeBytes(), readAt, sink);
+        return true;
+    }
     if (!file || !file->resident)
         return VolumeScan::readContent(found, sink);
     const QByteArray content = residentContent(file);

@@ -1,5 +1,7 @@
 #pragma once
 #include "ntfs/DirectoryEntry.h"
+#include "ntfs/FileNameAttribute.h"
+#include "ntfs/MftReach.h"
 #include "ntfs/MftRecordDecoder.h"
 #include "ntfs/MftRecordInfo.h"
 #include "ntfs/NtfsGeometry.h"
@@ -8,15 +10,18 @@
 
 #include <QByteArray>
 #include <QList>
-#include <QMap>
+#include <QSet>
+#include <QVector>
 
 struct DataRun;
 struct NtfsFile;
+class FileStreams;
 
 // The scanner of one NTFS volume: a drive letter, or a partition on a disk at a byte offset.
-// The constructor reads the boot sector and the $MFT record; a scan run walks
-// the MFT and far beyond its end for deleted file records and files them in
-// the result tree; a restore run writes the checked folders' files out.
+// The constructor reads the boot sector and the $MFT record. A scan run reads
+// the live MFT record by record, then the clusters behind its runs where an
+// earlier MFT may have left records, and files every deleted file and stream
+// in the result tree; a restore run writes the checked folders' files out.
 class NtfsVolumeScan : public VolumeScan {
     Q_OBJECT
 public:
@@ -27,19 +32,25 @@ public:
     void parseBootSector() override;
     bool extentsOf(const FoundFile& file, Extents* extents) const override;
     bool hasContent(const FoundFile& file) const override;
-    // Resident content is read again from the record the scan found it in.
+    // Resident content is read again from the record the scan found it in;
+    // compressed content is decompressed unit by unit.
     bool readContent(const FoundFile& file, const ContentSink& sink) override;
 
     // True when NtfsVolume::open succeeds: the disk search asks before it builds a scanner.
     static bool canOpen(const DeviceHandle& handle, quint64 partOffset);
 
-    // Reads one MFT record by its number; bytes read, or -1.
+    // Reads one record of the live MFT by its number; bytes read, or -1.
     qint64 readRecord(void* buffer, quint32 number);
     // Reads count clusters from virtual cluster vcn of a stream; clusters read, or -1.
     qint64 readClusters(void* buffer, quint32 count, quint64 vcn, const QList<DataRun*>& runs);
 
+    // Records below this number are the volume's own files ($MFT, $LogFile,
+    // $Bitmap…): never listed. The eight after them hold only extension
+    // records of those, which the base-reference test passes over.
+    static constexpr quint32 kFirstUserRecord = 16;
+
     NtfsVolume volume; // opened by the constructor, fixed from then on
-    QMap<quint32, DirectoryEntry*> directories;
+    DirectoryMap directories;
     FolderNode* orphanFolder = nullptr;
     int orphanIndex = 1;
     QByteArray clusterBitmap; // first run of $Bitmap during a scan; empty when it can't be read
@@ -53,28 +64,43 @@ protected:
     void scanFinished() override;
 
 private:
-    enum class BatchPlace { Inside, OutsideVolume, PastEnd };
+    // A deleted file met by a pass, filed once the pass has met every directory.
+    struct Pending {
+        QList<NtfsFile*> streams; // named by stream name; the unnamed one first
+        FileNameAttribute name;
+        bool hasName = false;
+    };
 
     MftRecordDecoder decoder() const { return MftRecordDecoder(volume.geometry); }
-    bool parseFileRecord(uint8_t* record, MftRecordInfo& info);
-    bool fileRecordName(const uint8_t* record, MftRecordInfo& info);
+    quint64 recordCount() const;
+    QList<MftReach::Span> reachPlan() const;
 
     void loadClusterBitmap();
-    bool recordLoop(qint64 limit, quint64 recordCount, ScanTotals* totals);
-    BatchPlace batchPlace(quint64 vcn, quint32 clusters) const;
-    void scanRecord(uint8_t* record, quint64 position, quint64 recordCount, quint64 foundAt, ScanTotals* totals);
-    // Volume byte offset of a byte of the MFT stream as the record loop reads it; 0 for none.
+    bool liveMftPass(ScanTotals* totals);
+    bool reachPass(const QList<MftReach::Span>& spans, ScanTotals* totals);
+    // slot: the record's place in the live MFT, or -1 behind it.
+    void scanRecord(uint8_t* record, qint64 slot, quint64 foundAt);
+    bool isLiveRecord(quint32 number, quint16 sequence) const;
+    bool recordInUse(quint64 number) const;
+    void recordDirectory(const uint8_t* record, MftRecordInfo& info, quint32 number, bool live);
+    void collectFile(const uint8_t* record, MftRecordInfo& info, quint32 number);
+    void addExtensionRecords(const uint8_t* record, const MftRecordInfo& info, quint32 number, FileStreams* streams);
+    QByteArray attributeListValue(const uint8_t* record, const MftRecordInfo& info);
+    void fileAllPending(ScanTotals* totals);
+    void filePending(Pending& p, ScanTotals* totals);
+    // Volume byte offset of a byte of the MFT stream; 0 for none.
     quint64 volumeOffsetOf(quint64 streamByte) const;
-    void recordDirectory(const uint8_t* record, MftRecordInfo& info);
-    bool recordInUse(quint64 position) const;
+    // Reads clusters of the volume; what lies behind its end stays zero.
+    qint64 readVolumeClusters(char* out, quint64 lcn, quint64 count);
     bool isLive(const QStringList& folders, const QString& name) const;
     FolderNode* currentOrphanFolder();
     void markClusters(const NtfsFile* file);
 
-    // The record loop's end: far behind the live MFT's end.
-    qint64 recordLimit() const;
     // Empty when the record can't be read again or no longer holds a record.
     QByteArray residentContent(const NtfsFile* file);
 
     QString mountPoint; // of the volume while it is scanned, for the live-file test
+    QVector<quint16> liveSequence; // sequence number of each record in use in the live MFT
+    QList<Pending> pending;
+    QSet<quint64> reachSeen; // (number, sequence) of records met behind the live MFT
 };

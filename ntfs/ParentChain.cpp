@@ -1,5 +1,4 @@
 #include "ntfs/ParentChain.h"
-#include "ntfs/DirectoryEntry.h"
 
 #include <QSet>
 
@@ -8,21 +7,32 @@ namespace {
 constexpr int kMaxDepth = 16384;
 } // namespace
 
-ParentChain::Result ParentChain::walk(const QMap<quint32, DirectoryEntry*>& directories, quint32 parentRecord,
-                                      quint64 fileCreated)
+bool ParentChain::sequenceMatches(quint16 recordSequence, bool recordLive, quint16 referenceSequence)
+{
+    // Sequence number 0 is "not checked"; counting up skips it.
+    const quint16 raised = referenceSequence == 0xFFFF ? 1 : quint16(referenceSequence + 1);
+    return referenceSequence == 0 || recordSequence == referenceSequence || (!recordLive && recordSequence == raised);
+}
+
+ParentChain::Result ParentChain::walk(const DirectoryMap& directories, quint32 parentRecord, quint16 parentSequence)
 {
     Result result;
     QSet<quint32> seen;
     quint32 number = parentRecord;
-    for (int depth = 0; depth < kMaxDepth; ++depth) {
-        const DirectoryEntry* dir = directories.value(number);
-        if (!dir || dir->name.isEmpty() || dir->created > fileCreated || seen.contains(number))
+    quint16 sequence = parentSequence;
+    for (int depth = 0; depth < kMaxDepth && !seen.contains(number); ++depth) {
+        const DirectoryEntry* dir = nullptr;
+        for (auto it = directories.constFind(number); it != directories.cend() && it.key() == number && !dir; ++it)
+            if (sequenceMatches(it.value().sequence, it.value().live, sequence))
+                dir = &it.value();
+        if (!dir || dir->name.isEmpty())
             break;
         seen.insert(number);
         result.folders.prepend(dir->name);
         if (number == kRootRecord && dir->name == QLatin1String("."))
             break;
         number = dir->parentRecord;
+        sequence = dir->parentSequence;
     }
     return result;
 }

@@ -1,9 +1,8 @@
 #pragma once
-#include <QMap>
+#include "ntfs/DirectoryEntry.h"
+
 #include <QStringList>
 #include <QtGlobal>
-
-struct DirectoryEntry;
 
 // Rebuilds a file's folders from the directories the scan has met, by
 // following parent references upward.
@@ -15,8 +14,15 @@ public:
         QStringList folders; // from the top down; starts with "." when the root was reached
     };
 
-    // Starts at parentRecord. Stops at an unknown or unnamed directory, at one
-    // made later than the file (it can't have been its parent then), at the
-    // root, and at a directory met twice (stale records can form loops).
-    static Result walk(const QMap<quint32, DirectoryEntry*>& directories, quint32 parentRecord, quint64 fileCreated);
+    // Starts at the reference (parentRecord, parentSequence). Stops at an
+    // unknown or unnamed directory, at the root, at a directory met twice
+    // (stale records can form loops), and where the reference's sequence
+    // number is not the directory's: that record was reused by another
+    // directory, which was never this file's folder.
+    static Result walk(const DirectoryMap& directories, quint32 parentRecord, quint16 parentSequence);
+
+    // Whether a reference made with this sequence number names a record that
+    // now has recordSequence. Freeing a record raises its sequence number, so
+    // a deleted record is also named by the number before its own.
+    static bool sequenceMatches(quint16 recordSequence, bool recordLive, quint16 referenceSequence);
 };

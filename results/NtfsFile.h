@@ -15,4 +15,8 @@ struct NtfsFile : FoundFile {
     bool resident = false;      // content lies inside the MFT record
     quint16 residentOffset = 0; // from the start of the record
     QList<DataRun*> runs;
+    // Bytes behind this read as zeros, whatever the clusters hold.
+    quint64 initializedSize = ~quint64(0);
+    // LZNT1 compression units of this many clusters; 0 when stored plainly.
+    quint32 compressionUnitClusters = 0;
 };

@@ -49,6 +49,9 @@ QString SafeFileName::component(const QString& name)
     QString clean = replaceLoneSurrogates(name);
     clean.replace(QChar('/'), QChar('_'));
     clean.replace(QChar(0), QChar('_'));
+    // An NTFS stream is listed as "file:stream"; the Windows volumes a
+    // restored file is often copied to take no ":" in a name.
+    clean.replace(QChar(':'), QChar('_'));
     return fitBytes(clean);
 }
 

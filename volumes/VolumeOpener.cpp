@@ -1,4 +1,5 @@
 #include "volumes/VolumeOpener.h"
+#include "diskscan/BackupBootLocator.h"
 #include "diskscan/DiskScan.h"
 #include "exfat/ExfatVolumeScan.h"
 #include "fat32/Fat32VolumeScan.h"
@@ -26,12 +27,16 @@ const QList<VolumeOpener::FileSystem> kFileSystems = {
          return new ExfatVolumeScan(name, std::move(handle), offset);
      }},
     {"NTFS", true,
+     // Its name alone is enough, or the backup in the volume's last sector:
+     // NTFS keeps that copy, and the scanner opens with it when the first
+     // sector is broken, or says why the volume can't be read.
      [](const DeviceHandle& handle, quint64 offset) {
          return bootSectorParses(handle, offset, [](const uchar* sector) {
-             NtfsGeometry g;
-             bool signature = false;
-             return NtfsGeometry::parse(sector, kBootSectorBytes, &g, &signature);
-         });
+                    NtfsGeometry g;
+                    bool signature = false;
+                    return NtfsGeometry::parse(sector, kBootSectorBytes, &g, &signature) || signature;
+                })
+             || !BackupBootLocator::ntfsBackup(handle, offset, handle.length() - qMin(offset, handle.length())).isEmpty();
      },
      NtfsVolumeScan::canOpen,
      [](const QString& name, DeviceHandle handle, quint64 offset) -> VolumeScan* {

@@ -9,6 +9,8 @@
 
 namespace {
 constexpr int kSectorBytes = 512;
+// The sector count of an NTFS boot sector: all of the volume's sectors but the backup's.
+constexpr size_t kNtfsTotalSectorsOffset = 0x28;
 constexpr size_t kSignatureOffset = 0x1FE;
 constexpr size_t kMbrTableOffset = 0x1BE;
 constexpr size_t kMbrEntrySize = 16;
@@ -82,7 +84,17 @@ PartitionTable::BootKind PartitionTable::bootKindOf(const QByteArray& sector)
 
 PartitionTable::BootKind PartitionTable::bootKind(const DeviceHandle& volume)
 {
-    return bootKindOf(readBytes(volume, 0, kSectorBytes));
+    const BootKind kind = bootKindOf(readBytes(volume, 0, kSectorBytes));
+    if (kind != BootKind::None || volume.length() < 2 * quint64(kSectorBytes))
+        return kind;
+    // NTFS keeps a copy of its boot sector in its last sector: a volume whose
+    // first sector is broken is still one, when the copy says it ends here.
+    const QByteArray backup = readBytes(volume, volume.length() - kSectorBytes, kSectorBytes);
+    LeReader r(backup.constData(), size_t(backup.size()));
+    const quint64 sectors = r.u64(kNtfsTotalSectorsOffset);
+    return bootKindOf(backup) == BootKind::Ntfs && r.ok() && checked::mulSat(sectors + 1, kSectorBytes) == volume.length()
+        ? BootKind::Ntfs
+        : BootKind::None;
 }
 
 quint8 PartitionTable::typeForBootKind(BootKind kind)
@@ -105,7 +117,9 @@ DriveLayout PartitionTable::read(const DeviceHandle& disk, quint32 sectorSize)
     const QByteArray sector0 = readBytes(disk, 0, kSectorBytes);
     if (sector0.isEmpty())
         return layout;
-    const BootKind kind = bootKindOf(sector0);
+    // No boot sector and no partition table: perhaps a volume known by its backup.
+    const BootKind kind = bootKindOf(sector0) == BootKind::None && !hasBootSignature(sector0) ? bootKind(disk)
+                                                                                              : bootKindOf(sector0);
     if (kind != BootKind::None) {
         layout.style = DriveLayout::Raw;
         PartitionEntry e;

@@ -173,6 +173,9 @@ TEST(NtfsVolumeScan, FilterTakesNameEndingsCaseSensitively)
     }
 }
 
+// A file is filed below its folder wherever their records stand and whenever
+// the folder was made; only a folder record reused since (its sequence number
+// no longer the one the file's reference names) or none at all orphans it.
 TEST(NtfsVolumeScan, FilesWithoutAChainToTheRootAreOrphaned)
 {
     Builder b(Builder::Geometry(), 640);
@@ -183,12 +186,15 @@ TEST(NtfsVolumeScan, FilesWithoutAChainToTheRootAreOrphaned)
     dir.slot = 17;
     b.add(dir);
 
-    Entry newer; // a directory made after the file can't have been its parent
+    Entry newer; // made after the file was: moved in
     newer.names = {{"newer"}};
     newer.directory = true;
     newer.created = Builder::kDefaultTime + 100 * 10000000ull;
     const quint32 newerDir = b.add(newer);
     b.addFile("in newer.txt", pattern(10, 2), newerDir);
+
+    const quint32 reused = b.addDirectory("reused");
+    const quint32 stale = b.addFile("stale parent.txt", pattern(10, 4), reused);
 
     const quint32 loopA = b.addDirectory("A", 0); // parent fixed below
     const quint32 loopB = b.addDirectory("B", loopA);
@@ -201,18 +207,28 @@ TEST(NtfsVolumeScan, FilesWithoutAChainToTheRootAreOrphaned)
 
     for (int i = 0; i < 501; ++i)
         b.addFile(QStringLiteral("lost%1.txt").arg(i), pattern(10, i), 3000);
-    ScanHarness h(scannerOn(b.build()));
+    QByteArray image = b.build();
+    // The folder's record now has sequence number 3: the file's reference (1) names an earlier use of it.
+    Entry reusedEntry;
+    reusedEntry.names = {{"reused"}};
+    reusedEntry.directory = true;
+    QByteArray folder = b.record(reusedEntry, reused);
+    folder[0x10] = 3;
+    Builder::applyFixups(&folder);
+    image.replace(int(b.slotOffset(reused)), folder.size(), folder);
+    ScanHarness h(scannerOn(image));
     h.run();
     const auto files = h.files();
-    EXPECT_TRUE(files.contains(kOrphans1 + "early.txt"));
-    EXPECT_TRUE(files.contains(kOrphans1 + "in newer.txt"));
+    EXPECT_TRUE(files.contains("late dir/early.txt"));
+    EXPECT_TRUE(files.contains("newer/in newer.txt"));
+    EXPECT_TRUE(files.contains(kOrphans1 + "stale parent.txt")) << stale;
     EXPECT_TRUE(files.contains(kOrphans1 + "B/A/looped.txt"));
     const FolderNode* first = h.volume->findChild("孤立文件-00001");
     const FolderNode* second = h.volume->findChild("孤立文件-00002");
     ASSERT_TRUE(first && second);
     EXPECT_EQ(first->directCount(), 500);
-    EXPECT_EQ(second->directCount(), 4 + 501 - 500 - 1);
-    EXPECT_EQ(h.results(), 504u);
+    EXPECT_EQ(second->directCount(), 3 + 501 - 500 - 1);
+    EXPECT_EQ(h.results(), 505u);
 }
 
 TEST(NtfsVolumeScan, ReadsEveryGeometry)
@@ -250,7 +266,7 @@ TEST(NtfsVolumeScan, ReadsEveryGeometry)
     }
 }
 
-TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
+TEST(NtfsVolumeScan, FragmentedMftIsNumberedByItsRunsAndEveryFragmentScanned)
 {
     Builder b(Builder::Geometry(), 96, {{4, 8}, {600, 8}, {1200, 8}});
     Entry late; // in the third fragment
@@ -262,21 +278,19 @@ TEST(NtfsVolumeScan, FragmentedMftIsStretchedAndItsLaterFragmentsScanned)
     // Resident: its content is read again from where its record was found.
     const Entry lateSmall = residentDeleted({{"late.txt"}}, pattern(300, 2), 90);
     b.add(lateSmall);
+    Entry alive = late; // in use in the second fragment: its bit in the MFT bitmap counts
+    alive.names = {{"alive.bin"}};
+    alive.deleted = false;
+    alive.slot = 40;
+    b.add(alive);
     ScanHarness h(scannerOn(b.build()));
-    const QList<DataRun*>& runs = h.scan->volume.mft->runs;
-    ASSERT_EQ(runs.size(), 3);
-    const quint64 lcns[] = {4, 600, 1200};
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(runs[i]->vcnEnd, quint64(128 * (i + 1)));
-        EXPECT_EQ(runs[i]->length, 128u);
-        EXPECT_EQ(runs[i]->lcn, lcns[i]);
-    }
-    EXPECT_EQ(h.scan->volume.mft->size, 96u * 1024);
+    EXPECT_EQ(h.scan->volume.mft->runs.size(), 3);
     h.run();
-    ASSERT_TRUE(h.files().contains("late.bin"));
-    EXPECT_TRUE(h.content(h.files()["late.bin"]) == late.content);
-    ASSERT_TRUE(h.files().contains("late.txt"));
-    EXPECT_TRUE(h.content(h.files()["late.txt"]) == lateSmall.content);
+    EXPECT_EQ(h.files().keys(), QStringList({"late.bin", "late.txt"}));
+    if (h.files().size() == 2) {
+        EXPECT_TRUE(h.content(h.files()["late.bin"]) == late.content);
+        EXPECT_TRUE(h.content(h.files()["late.txt"]) == lateSmall.content);
+    }
 }
 
 TEST(NtfsVolumeScan, ReachesRecordsBehindTheMftAndStopsAtTheVolumesEnd)
@@ -426,7 +440,7 @@ TEST(NtfsVolumeScan, PassesOverRecordsItCannotReadAndCountsThem)
     Builder b;
     b.addFile("x.txt", pattern(10, 1));
     auto failing = std::make_shared<MemorySource>(b.build());
-    failing->setReadFilter([](quint64 pos, quint64) { return pos != 6 * 4096; });
+    failing->setReadFilter([](quint64 pos, quint64 bytes) { return pos > 6 * 4096 || pos + bytes <= 6 * 4096; });
     ScanHarness h(new NtfsVolumeScan("vol", DeviceHandle(failing), 0));
     h.run();
     EXPECT_EQ(h.files().keys(), QStringList({"x.txt"}));

@@ -139,12 +139,12 @@ TEST(FailingMedia, ScanEndsAndRestoreMarksOnlyTheFileWithTheBadSector)
 
 TEST(FailingMedia, ADiskThatGoesEndsTheScanWithoutSpinning)
 {
-    // NTFS: every read after the eighth fails, until so many sectors in a row
+    // NTFS: every read after the fourth fails, until so many sectors in a row
     // failed that the device counts as gone. The FAT volume is too small for
     // that; it is unplugged instead (ENODEV) after its boot sector was read.
     for (const Fs fs : {Fs::Ntfs, Fs::Fat32}) {
         auto reads = std::make_shared<int>(0);
-        const int good = fs == Fs::Ntfs ? 8 : 2;
+        const int good = fs == Fs::Ntfs ? 4 : 2;
         ScanRun s(fs == Fs::Ntfs ? SmallVolumes::ntfs() : SmallVolumes::fat32(), fs, false,
                   [reads, good](quint64, quint64) { return ++*reads <= good; }, fs == Fs::Ntfs ? EIO : ENODEV);
         EXPECT_TRUE(s.run());
