@@ -1,4 +1,7 @@
 #include "ntfs/NtfsVolume.h"
+#include "ntfs/AttributeList.h"
+#include "ntfs/FileStreams.h"
+#include "ntfs/MftAttribute.h"
 #include "ntfs/MftRecord.h"
 #include "ntfs/MftRecordDecoder.h"
 #include "ntfs/RunList.h"
@@ -16,6 +19,8 @@ constexpr quint64 ceilDiv(quint64 a, quint64 b) { return a / b + (a % b ? 1 : 0)
 
 const char kOpenWhere[] = "NtfsVolumeScan::parseBootSector: ";
 const char kRecordWhere[] = "NtfsVolumeScan::parseMftRecord: ";
+// $MFT itself spills into a few extension records on a badly fragmented volume; more is damage.
+constexpr int kMaxMftExtensions = 64;
 } // namespace
 
 quint64 NtfsVolume::clustersOnDevice(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset)
@@ -66,6 +71,7 @@ NtfsVolume NtfsVolume::open(const DeviceHandle& handle, quint64 partOffset)
         v.problem = QLatin1String(kRecordWhere) + QLatin1String("$MFT record has no $DATA runs");
         return v;
     }
+    v.followAttributeList(handle, partOffset, bytes, info, statedClusters(g, handle.length(), partOffset));
     quint32 length = 0;
     const int bitmap = decoder.attribute(bytes, info, MftRecord::kBitmapType, &length);
     if (bitmap < 0) {
@@ -109,4 +115,41 @@ bool NtfsVolume::readMftBitmap(const DeviceHandle& handle, quint64 partOffset, c
     }
     qDeleteAll(runs);
     return readable;
+}
+
+void NtfsVolume::followAttributeList(const DeviceHandle& handle, quint64 partOffset, const uint8_t* record0,
+                                     const MftRecordInfo& info, quint64 clusterCount)
+{
+    QByteArray list;
+    for (const MftAttribute& a : MftAttribute::all(record0, geometry.recordBytes, info))
+        if (a.type == MftAttribute::kAttributeListType && a.resident)
+            list = QByteArray(reinterpret_cast<const char*>(record0 + a.valueOffset), int(a.valueLength));
+    if (list.isEmpty())
+        return;
+    FileStreams streams(geometry, clusterCount);
+    streams.addRecord(record0, info, 0);
+    QByteArray extension(int(geometry.recordBytes), '\0');
+    auto* bytes = reinterpret_cast<uint8_t*>(extension.data());
+    QList<quint32> read;
+    for (const AttributeList::Entry& e : AttributeList::decode(reinterpret_cast<const uint8_t*>(list.constData()), size_t(list.size()))) {
+        if (e.type != MftRecord::kDataType || e.record == 0 || read.contains(e.record) || read.size() >= kMaxMftExtensions)
+            continue;
+        read.append(e.record);
+        // The records that continue $MFT's runs lie in the part its first piece already maps.
+        const QList<RunList::Extent> where = RunList::extents(mft->runs, quint64(e.record) * geometry.recordBytes >> geometry.clusterShift, 1);
+        if (where.isEmpty() || where.first().sparse || quint64(e.record) >= RunList::clusterTotal(mft->runs) * geometry.clusterBytes / geometry.recordBytes)
+            continue;
+        const quint64 at = (where.first().lcn << geometry.clusterShift) + ((quint64(e.record) * geometry.recordBytes) & (geometry.clusterBytes - 1));
+        MftRecordInfo ext;
+        if (handle.read(bytes, geometry.recordBytes, checked::addSat(at, partOffset)) < qint64(geometry.recordBytes)
+            || !MftRecord::parseHeader(bytes, geometry.recordBytes, &ext) || quint32(ext.baseReference) != 0)
+            continue;
+        streams.addRecord(bytes, ext, 0);
+    }
+    for (NtfsFile* file : streams.take()) {
+        if (file->name.isEmpty() && !file->resident && RunList::clusterTotal(file->runs) > RunList::clusterTotal(mft->runs))
+            mft.reset(file);
+        else
+            delete file;
+    }
 }

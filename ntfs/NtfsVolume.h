@@ -31,5 +31,8 @@ struct NtfsVolume {
     static quint64 statedClusters(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset);
 
 private:
+    // A $MFT whose runs continue in extension records: the whole run list.
+    void followAttributeList(const DeviceHandle& handle, quint64 partOffset, const uint8_t* record0,
+                             const MftRecordInfo& info, quint64 clusterCount);
     bool readMftBitmap(const DeviceHandle& handle, quint64 partOffset, const uint8_t* attribute, quint32 length);
 };
