@@ -724,7 +724,7 @@ void MainWidget::startScan()
 
     releaseScan();
     const OpenedSource opened = state.partitionNumber == -1 ? VolumeOpener::openDisk(state.diskNumber)
-                                                            : VolumeOpener::openLetter(QChar::fromLatin1(state.driveLetter));
+                                                            : VolumeOpener::openLetter(QChar::fromLatin1(state.driveLetter), state.doExtra != 0);
     scanThread = opened.scanner;
     if (!scanThread) {
         // Nothing runs: the clock stops and Prev leads back to choose again.
