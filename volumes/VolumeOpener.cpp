@@ -9,6 +9,8 @@
 #include "scan/device/DeviceLayer.h"
 #include "scan/device/PartitionTable.h"
 
+#include <cstring>
+
 namespace {
 // Boot sectors are read and told apart as one block of this size, whatever the sector size.
 constexpr quint64 kBootSectorBytes = 512;
@@ -82,9 +84,13 @@ OpenedSource VolumeOpener::openLetter(QChar letter, bool carveUnreadable)
 {
     int error = 0;
     DeviceHandle handle = DeviceLayer::instance().openVolume(letter, &error);
-    if (!handle.isValid())
-        qFatal("%s: CreateFileW return: %lu", "PartScan::openVolume", static_cast<unsigned long>(error));
     OpenedSource opened;
+    if (!handle.isValid()) {
+        // A device that went away or refuses to be read: a message, not an end.
+        opened.problem = QStringLiteral("cannot open volume %1: %2").arg(letter).arg(QString::fromLocal8Bit(std::strerror(error)));
+        opened.unopenable = true;
+        return opened;
+    }
     opened.rootName = QString(letter);
     const FileSystem* fs = recognise(handle, 0);
     if (fs) {
