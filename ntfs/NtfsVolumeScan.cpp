@@ -40,8 +40,6 @@ constexpr qint64 kFirstBatchNumber = 16;
 constexpr quint32 kBatchBytes = 8192;
 // Record 6 of every NTFS volume is $Bitmap, the cluster allocation bitmap.
 constexpr quint32 kBitmapRecord = 6;
-// Orphaned files are spread over folders of this many entries.
-constexpr int kOrphanFolderEntries = 500;
 
 constexpr quint64 ceilDiv(quint64 a, quint64 b) { return a / b + (a % b ? 1 : 0); }
 } // namespace
@@ -95,8 +93,7 @@ void NtfsVolumeScan::parseBootSector()
     if (mftLcn >= volumeClusters || read(record.data(), geometry.recordBytes, position) < qint64(geometry.recordBytes))
         qFatal("%s: cannot read $MFT record", "NtfsVolumeScan::parseBootSector");
     parseMftRecord(reinterpret_cast<uint8_t*>(record.data()), mftInfo);
-    orphanFolder = nullptr;
-    orphanIndex = 1;
+    orphans.reset();
 }
 
 quint64 NtfsVolumeScan::clustersOnDevice(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset)
@@ -535,14 +532,7 @@ bool NtfsVolumeScan::isLive(const QStringList& folders, const QString& name) con
 
 FolderNode* NtfsVolumeScan::currentOrphanFolder()
 {
-    if (orphanFolder && orphanFolder->directCount() >= kOrphanFolderEntries) {
-        ++orphanIndex;
-        orphanFolder = nullptr;
-    }
-    if (!orphanFolder)
-        orphanFolder = rootFolder->addChild(QStringLiteral("孤立文件-%1").arg(orphanIndex, 5, 10, QLatin1Char('0')),
-                                            partIndex, true);
-    return orphanFolder;
+    return orphans.current(rootFolder, partIndex, true);
 }
 
 void NtfsVolumeScan::markClusters(const NtfsFile* file)

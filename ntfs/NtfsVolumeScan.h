@@ -2,6 +2,7 @@
 #include "ntfs/DirectoryEntry.h"
 #include "ntfs/MftRecordInfo.h"
 #include "ntfs/NtfsGeometry.h"
+#include "results/OrphanFolders.h"
 #include "scan/VolumeScan.h"
 
 #include <QByteArray>
@@ -53,8 +54,7 @@ public:
     MftRecordInfo mftInfo;   // of record 0; its file holds the runs of $MFT, stretched (see parseMftRecord)
     QByteArray mftBitmap;    // $BITMAP of $MFT: bit n set while record n is in use
     QMap<quint32, DirectoryEntry*> directories;
-    FolderNode* orphanFolder = nullptr;
-    int orphanIndex = 1;
+    OrphanFolders orphans;
     QByteArray clusterBitmap; // first run of $Bitmap during a scan; empty when it can't be read
     quint64 bitmapClusters = 0;
 

@@ -69,7 +69,10 @@ TEST(Fat32RealImage, ForensicsSampleDeletedFoldersAreRestoredByteForByte)
     const QString image = CliRunner::unxz(QString(kSamples) + "/fs.vfat.xz", dir.path(), "fs.vfat");
     ASSERT_FALSE(image.isEmpty());
     // What the first clusters of the deleted folders still hold; d-debian.ppm
-    // and d-debian.xcf lie in pic2's second cluster, which its cleared chain lost.
+    // and d-debian.xcf lie in pic2's second cluster, which is not the next free
+    // one: found on its own, with the names that cluster holds, as orphans.
+    const QList<QPair<QString, QString>> orphans = {{"孤立文件-00001/_-DEBIAN.PPM", "pic2/d-debian.ppm"},
+                                                    {"孤立文件-00001/d-debian.xcf", "pic2/d-debian.xcf"}};
     const QStringList deleted = {
         "audio2/deleted.mp3", "audio2/deleted.ogg", "audio2/deleted.wav",
         "movie2/movie-hello.avi", "movie2/movie-hello.mp4", "movie2/movie-hello.mpeg", "movie2/movie-hello.ogg",
@@ -84,7 +87,12 @@ TEST(Fat32RealImage, ForensicsSampleDeletedFoldersAreRestoredByteForByte)
         expected << QStringLiteral("C/%1\t%2").arg(f).arg(size);
         total += quint64(size);
     }
-    expected << QStringLiteral("results=16,totalsize=%1").arg(total);
+    for (const auto& [path, original] : orphans) {
+        const qint64 size = QFileInfo(originals + original).size();
+        expected << QStringLiteral("C/%1\t%2").arg(path).arg(size);
+        total += quint64(size);
+    }
+    expected << QStringLiteral("results=18,totalsize=%1").arg(total);
     const CliResult scan = runCli({"scan", image + "@1"});
     EXPECT_EQ(scan.exitCode, 0);
     QStringList listed;
@@ -102,4 +110,6 @@ TEST(Fat32RealImage, ForensicsSampleDeletedFoldersAreRestoredByteForByte)
         else
             EXPECT_TRUE(got == want) << f.toStdString();
     }
+    for (const auto& [path, original] : orphans)
+        EXPECT_TRUE(CliRunner::readFile(target + "/C/" + path) == CliRunner::readFile(originals + original)) << path.toStdString();
 }
