@@ -6,15 +6,17 @@
 #include "cli/TreeReport.h"
 #include "results/CheckStates.h"
 #include "results/FolderNode.h"
-#include "ntfs/NtfsVolumeScan.h"
 #include "scan/PartScan.h"
-#include "scan/ScannerFactory.h"
+#include "volumes/VolumeOpener.h"
 #include "scan/device/CombinedDeviceLayer.h"
 #include "scan/device/Console.h"
 #include "scan/device/DeviceLayer.h"
+#include "scan/device/SourceGuard.h"
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -24,6 +26,7 @@
 
 namespace {
 const char* const kUnrecognised = "无法识别的文件系统。";
+const char* const kDeviceFailed = "设备读取失败";
 bool verbose = false;
 
 // Fatal conditions of a scan end the process with their message and a status
@@ -224,22 +227,15 @@ Failure scanOptions(const QCommandLineParser& parser, ScanOptions* o)
 
 std::unique_ptr<ScanSession> makeSession(const Target& t, const ScanOptions& o, Failure* f)
 {
-    PartScan* scanner = nullptr;
-    QString rootName;
-    bool fat32 = false;
-    if (t.wholeDisk) {
-        scanner = ScannerFactory::forDisk(t.disk);
-        rootName = t.diskName;
-    } else {
-        scanner = ScannerFactory::forVolume(t.letter);
-        if (!scanner) {
-            *f = {CliApp::Unrecognised, QString::fromUtf8(kUnrecognised)};
-            return nullptr;
-        }
-        rootName = scanner->deviceName;
-        fat32 = !dynamic_cast<NtfsVolumeScan*>(scanner);
+    const OpenedSource opened = t.wholeDisk ? VolumeOpener::openDisk(t.disk) : VolumeOpener::openLetter(t.letter);
+    if (!opened.scanner) {
+        if (opened.unopenable)
+            *f = {CliApp::Fatal, QStringLiteral("fatal: ") + opened.problem};
+        else
+            *f = {CliApp::Unrecognised, opened.problem};
+        return nullptr;
     }
-    auto session = std::make_unique<ScanSession>(scanner, rootName, fat32);
+    auto session = std::make_unique<ScanSession>(opened.scanner, t.wholeDisk ? t.diskName : opened.rootName, !opened.ntfsTree);
     session->setOptions(o.fileFilter, o.doExtra);
     return session;
 }
@@ -285,6 +281,56 @@ Failure filterOptions(const QCommandLineParser& parser, ResultFilter* filter)
     return {CliApp::Ok, QString()};
 }
 
+// Made when missing; refused when it lies on the source device, in every mode.
+Failure checkTarget(const QString& targetDir, const Target& target)
+{
+    const QString refusal = SourceGuard::refusalForDisk(targetDir, target.disk);
+    if (!refusal.isEmpty())
+        return {CliApp::BadTarget, refusal};
+    // Where the device layer knows only a mount point (no device node), the
+    // canonical paths are compared, so a symlink to it is seen through too.
+    const QString mount = target.letter.isNull() ? QString() : DeviceLayer::instance().mountPointOfLetter(target.letter);
+    const QString canonicalMount = mount.isEmpty() ? QString() : QFileInfo(mount).canonicalFilePath();
+    if (!QDir().mkpath(targetDir))
+        return {CliApp::BadTarget, QStringLiteral("cannot create %1").arg(targetDir)};
+    const QString canonicalTarget = QFileInfo(targetDir).canonicalFilePath();
+    if (!canonicalMount.isEmpty() && (canonicalTarget + '/').startsWith(QString(canonicalMount + '/').replace("//", "/")))
+        return {CliApp::BadTarget, QStringLiteral("%1 lies on the volume being recovered (mounted at %2): "
+                                                  "restoring there would overwrite lost files").arg(targetDir, mount)};
+    return {};
+}
+
+QJsonArray badRangesJson(const QList<BadRange>& ranges)
+{
+    QJsonArray list;
+    for (const BadRange& r : ranges)
+        list.append(QJsonObject{{"offset", double(r.offset)}, {"length", double(r.length)}});
+    return list;
+}
+
+QString restoreSummary(const RestoreReport& report, const QString& targetDir)
+{
+    QString text = QStringLiteral("restored %1 files, %2 bytes to %3\n")
+                       .arg(report.written() + report.damaged()).arg(report.bytesWritten()).arg(targetDir);
+    for (const QString& line : report.problemLines())
+        text += line + QLatin1Char('\n');
+    if (report.failed() + report.damaged() > 0)
+        text += QStringLiteral("%1 whole, %2 damaged, %3 not written\n").arg(report.written()).arg(report.damaged()).arg(report.failed());
+    return text;
+}
+
+// A device that stopped answering outranks files left unwritten.
+int exitStatus(const PartScan& scanner, bool restore)
+{
+    if (scanner.deviceFailed()) {
+        err(QStringLiteral("ostrel-cli: %1\n").arg(QString::fromUtf8(kDeviceFailed)));
+        return CliApp::Fatal;
+    }
+    if (restore && scanner.restoreReport.failed() > 0)
+        return CliApp::NotRestored;
+    return CliApp::Ok;
+}
+
 Failure writeFile(const QString& path, const QByteArray& data)
 {
     QFile file(path);
@@ -316,7 +362,9 @@ int fail(const Failure& f)
 int scanOrRestore(const QStringList& args, bool restore)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(restore ? QStringLiteral("Scan SOURCE, then write the found files below DIR.")
+    parser.setApplicationDescription(restore ? QStringLiteral("Scan SOURCE, then write the found files below DIR. Files that could not be written, "
+                                                            "and files written with unreadable stretches filled with zeros, are listed; "
+                                                            "exit status 8 when any file could not be written.")
                                              : QStringLiteral("Scan SOURCE and print the rebuilt tree."));
     addScanOptions(parser);
     if (restore) {
@@ -354,12 +402,9 @@ int scanOrRestore(const QStringList& args, bool restore)
     QString targetDir;
     if (restore) {
         targetDir = QDir(parser.value(QStringLiteral("to"))).absolutePath();
-        const QString mount = target.letter.isNull() ? QString() : DeviceLayer::instance().mountPointOfLetter(target.letter);
-        if (!mount.isEmpty() && (targetDir + '/').startsWith(QDir(mount).absolutePath().append('/').replace("//", "/")))
-            return fail({CliApp::BadTarget, QStringLiteral("%1 lies on the volume being recovered (mounted at %2): "
-                                                            "restoring there would overwrite lost files").arg(targetDir, mount)});
-        if (!QDir().mkpath(targetDir))
-            return fail({CliApp::BadTarget, QStringLiteral("cannot create %1").arg(targetDir)});
+        f = checkTarget(targetDir, target);
+        if (f.code != CliApp::Ok)
+            return fail(f);
     }
 
     std::unique_ptr<ScanSession> session = makeSession(target, options, &f);
@@ -402,22 +447,25 @@ int scanOrRestore(const QStringList& args, bool restore)
     }
     if (session->interrupted())
         err(QStringLiteral("ostrel-cli: stopped; the results so far follow\n"));
+    const PartScan& scanner = *session->scanner();
     const QString totals = QStringLiteral("results=%1,totalsize=%2").arg(session->results()).arg(session->totalSize());
     if (json) {
         doc.insert("results", double(session->results()));
         doc.insert("totalSize", double(session->totalSize()));
+        doc.insert("unreadable", badRangesJson(scanner.badRanges()));
         if (restore) {
             doc.insert("restoredFiles", double(session->restoredFiles()));
             doc.insert("restoredBytes", double(session->restoredBytes()));
             doc.insert("target", targetDir);
+            doc.insert("restore", scanner.restoreReport.json());
         }
         out(QString::fromUtf8(QJsonDocument(doc).toJson()));
     } else {
         out(totals + QLatin1Char('\n'));
         if (restore)
-            out(QStringLiteral("restored %1 files, %2 bytes to %3\n").arg(session->restoredFiles()).arg(session->restoredBytes()).arg(targetDir));
+            out(restoreSummary(scanner.restoreReport, targetDir));
     }
-    return CliApp::Ok;
+    return exitStatus(scanner, restore);
 }
 
 void usage()
@@ -430,7 +478,9 @@ void usage()
                        "1-based partition (card.img@1). Run a command with --help for its options;\n"
                        "--verbose shows the scanners' progress traces.\n"
                        "Exit status: 0 done, 2 usage, 3 no such source, 4 partition out of range,\n"
-                       "5 bad target folder, 6 unrecognised file system, 7 fatal scan error.\n"));
+                       "5 bad target folder (or on the source device), 6 unrecognised file system,\n"
+                       "7 the volume cannot be opened or the device stopped answering,\n"
+                       "8 some files could not be restored (they are listed).\n"));
 }
 } // namespace
 

@@ -11,7 +11,8 @@ public:
         BadPartition = 4,   // partition index out of range
         BadTarget = 5,      // target folder cannot be made or lies on the source
         Unrecognised = 6,   // neither NTFS nor FAT32
-        Fatal = 7,          // the scan met a fatal condition (its message is printed)
+        Fatal = 7,          // the volume cannot be opened or the device stopped answering
+        NotRestored = 8,    // the restore ran, but some files could not be written (they are listed)
         Interrupted = 130,
     };
     static int run(const QStringList& arguments);

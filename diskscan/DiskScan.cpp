@@ -11,6 +11,7 @@
 #include <QDateTime>
 #include <QDebug>
 #include <cerrno>
+#include <cstring>
 #include <vector>
 
 namespace {
@@ -48,8 +49,11 @@ void DiskScan::openDisk(int disk)
 {
     int error = 0;
     diskHandle = DeviceLayer::instance().openDisk(disk, &error);
+    // The base's handle too, so a disk that goes during the search ends it.
+    handle = diskHandle;
+    // An unopenable disk is searched over zero bytes: the search ends at once.
     if (!diskHandle.isValid())
-        qFatal("%s: CreateFileW return: %lu", "DiskScan::openDisk", static_cast<unsigned long>(error));
+        qCritical("%s: cannot open the disk: %s", "DiskScan::openDisk", strerror(error));
 }
 
 quint64 DiskScan::getDiskSize()
@@ -69,10 +73,9 @@ quint64 DiskScan::getDiskSize()
 qint64 DiskScan::readDisk(void* buffer, quint64 bytes, quint64 position)
 {
     QMutexLocker lock(&m_diskLock);
+    // Bad ranges and a gone disk are logged once each by the handle, not per read.
     const qint64 got = diskHandle.read(buffer, bytes, position);
-    if (got < 0)
-        qCritical("%s ReadFile return: %lu", "DiskScan::read", static_cast<unsigned long>(errno));
-    else
+    if (got > 0)
         bytesRead += quint64(got);
     return got;
 }
@@ -122,11 +125,13 @@ void DiskScan::scanDoneSlot(quint64 results, quint64 size)
 void DiskScan::run()
 {
     if (!restoreDir.isEmpty()) {
+        restoreReport.clear();
         for (PartScan* p : partScans) {
             p->keepBoth = keepBoth;
             p->undelete(restoreDir);
+            restoreReport.append(p->restoreReport);
         }
-        emit undeleteDone();
+        finishRestore();
         return;
     }
     search();

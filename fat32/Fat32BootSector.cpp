@@ -15,6 +15,8 @@ constexpr quint16 kSignatureValue = 0xAA55;
 constexpr size_t kTotalSectors32 = 0x20;
 constexpr size_t kSectorsPerFat32 = 0x24;
 constexpr size_t kRootCluster = 0x2C;
+// FAT32 keeps one or two FATs in practice; more is not a FAT32 boot sector.
+constexpr quint8 kMaxFatCopies = 2;
 constexpr size_t kTypeText = 0x52;
 constexpr char kFat32Text[] = "FAT32";
 constexpr size_t kFat32TextLength = 5;
@@ -40,10 +42,23 @@ quint32 trailingZeros(quint32 v)
 }
 } // namespace
 
+namespace {
+// The fields only FAT32 sets this way: 512-byte sectors, no fixed root
+// folder, no 16-bit FAT size, one or two FATs, and the 55 AA mark. They make
+// the volume, where the "FAT32   " text is only a label.
+bool fat32Geometry(LeReader& r)
+{
+    const quint8 fats = r.u8(kFatCount);
+    return r.u16(kBytesPerSector) == Fat32BootSector::kSectorBytes && r.u16(kRootEntries) == 0
+        && r.u16(kSectorsPerFat16) == 0 && fats >= 1 && fats <= kMaxFatCopies && r.u32(kSectorsPerFat32) != 0
+        && r.u16(kSignature) == kSignatureValue && r.ok();
+}
+} // namespace
+
 bool Fat32BootSector::parse(const void* sector, size_t size, Fat32BootSector* out)
 {
     LeReader r(sector, size);
-    if (!r.matches(kTypeText, kFat32Text, kFat32TextLength))
+    if (!r.matches(kTypeText, kFat32Text, kFat32TextLength) && !fat32Geometry(r))
         return false;
     const quint8 sectorsPerCluster = r.u8(kSectorsPerCluster);
     const quint16 reserved = r.u16(kReservedSectors);

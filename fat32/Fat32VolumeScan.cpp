@@ -56,10 +56,14 @@ Fat32VolumeScan::~Fat32VolumeScan()
 void Fat32VolumeScan::parseBootSector()
 {
     char sector[Fat32BootSector::kSectorBytes];
-    if (readBlocks(sector, 1, 0, 9) <= 0)
-        qFatal("%s: cannot read boot sector", kBootSectorWhere);
-    if (!Fat32BootSector::parseAny(sector, sizeof sector, &boot))
-        qFatal("%s: it's not a valid fat32 volume", kBootSectorWhere);
+    if (readBlocks(sector, 1, 0, 9) <= 0) {
+        setOpenProblem(QStringLiteral("%1: cannot read boot sector").arg(QLatin1String(kBootSectorWhere)));
+        return;
+    }
+    if (!Fat32BootSector::parseAny(sector, sizeof sector, &boot)) {
+        setOpenProblem(QStringLiteral("%1: it's not a valid fat volume").arg(QLatin1String(kBootSectorWhere)));
+        return;
+    }
     const quint64 device = bytesFromVolumeStart();
     setVolumeBytes(boot.volumeBytes ? qMin(boot.volumeBytes, device) : device);
     qDebug("%X %X %llX %llX %llX", boot.clusterBytes, unsigned(boot.fatCount), boot.volumeBytes, boot.fatBytes,

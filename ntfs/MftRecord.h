@@ -1,5 +1,6 @@
 #pragma once
 #include <QtGlobal>
+#include <cstddef>
 #include <cstdint>
 
 struct MftRecordInfo;
@@ -15,6 +16,14 @@ public:
     static constexpr quint32 kBitmapType = 0xB0;
     static constexpr quint16 kDirectoryFlag = 0x0002;
     static constexpr quint8 kDosNamespace = 2;
+
+    // Offsets inside an attribute header.
+    static constexpr size_t kNonResidentFlagOffset = 0x08;
+    static constexpr size_t kResidentLengthOffset = 0x10;
+    static constexpr size_t kResidentValueOffset = 0x14;
+    static constexpr size_t kRunListOffset = 0x20;
+    static constexpr size_t kAllocatedSizeOffset = 0x28;
+    static constexpr size_t kRealSizeOffset = 0x30;
 
     // Tests the frame, fills the header fields of *info and puts the saved
     // sector ends back. False (record untouched) when the frame is bad.

@@ -16,5 +16,4 @@ struct NtfsGeometry {
     // not say "NTFS" (*signatureOk false) or states sizes no NTFS volume has.
     static bool parse(const uint8_t* sector, size_t size, NtfsGeometry* out, bool* signatureOk);
 
-    quint32 recordsPerCluster() const { return recordBytes < clusterBytes ? clusterBytes / recordBytes : 1; }
 };

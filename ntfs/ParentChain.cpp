@@ -20,10 +20,8 @@ ParentChain::Result ParentChain::walk(const QMap<quint32, DirectoryEntry*>& dire
             break;
         seen.insert(number);
         result.folders.prepend(dir->name);
-        if (number == kRootRecord && dir->name == QLatin1String(".")) {
-            result.reachedRoot = true;
+        if (number == kRootRecord && dir->name == QLatin1String("."))
             break;
-        }
         number = dir->parentRecord;
     }
     return result;

@@ -13,7 +13,6 @@ public:
 
     struct Result {
         QStringList folders; // from the top down; starts with "." when the root was reached
-        bool reachedRoot = false;
     };
 
     // Starts at parentRecord. Stops at an unknown or unnamed directory, at one

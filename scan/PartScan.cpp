@@ -1,8 +1,11 @@
 #include "scan/PartScan.h"
+#include "scan/RestoreTarget.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QDebug>
+#include <QDir>
 #include <cerrno>
+#include <cstring>
 
 PartScan::PartScan(const QString& name, QObject* parent)
     : QThread(parent), deviceName(name)
@@ -25,8 +28,10 @@ void PartScan::openVolume()
 {
     int error = 0;
     handle = DeviceLayer::instance().openVolume(deviceName.at(0), &error);
+    // An invalid handle fails every read: the scanner's boot sector check then
+    // reports the volume unopenable.
     if (!handle.isValid())
-        qFatal("%s: CreateFileW return: %lu", "PartScan::openVolume", static_cast<unsigned long>(error));
+        qCritical("%s: cannot open the volume: %s", "PartScan::openVolume", strerror(error));
 }
 
 int PartScan::getPartType()
@@ -38,18 +43,28 @@ int PartScan::getPartType()
     return DeviceLayer::instance().partitionTypeOfLetter(deviceName.at(0));
 }
 
-qint64 PartScan::read(void* buffer, quint64 bytes, quint64 position)
+qint64 PartScan::read(void* buffer, quint64 bytes, quint64 position, QList<BadRange>* bad)
 {
     QMutexLocker lock(handleLock);
-    const qint64 got = handle.read(buffer, bytes, position);
-    if (got < 0)
-        qCritical("%s ReadFile return: %lu", "PartScan::read", static_cast<unsigned long>(errno));
-    else
+    // The handle logs bad ranges and a gone device once each; a failed read here
+    // is one of those, so it is not logged again.
+    const qint64 got = handle.read(buffer, bytes, position, bad);
+    if (got > 0)
         *bytesCounter += quint64(got);
     return got;
 }
 
-qint64 PartScan::readBlocks(void* buffer, quint32 count, quint64 position, int shift)
+bool PartScan::deviceFailed() const
+{
+    return handle.health() && handle.health()->gone();
+}
+
+QList<BadRange> PartScan::badRanges() const
+{
+    return handle.health() ? handle.health()->ranges() : QList<BadRange>();
+}
+
+qint64 PartScan::readBlocks(void* buffer, quint32 count, quint64 position, int shift, QList<BadRange>* bad)
 {
     // A block is at most 1 GiB; a position beyond 64 bits lies past any device.
     if (shift < 0 || shift > 30 || (position << shift) >> shift != position)
@@ -58,7 +73,7 @@ qint64 PartScan::readBlocks(void* buffer, quint32 count, quint64 position, int s
     const quint64 byteOffset = (position << shift) + partOffset;
     if (byteOffset < partOffset)
         return -1;
-    return read(buffer, bytes, byteOffset) >> shift;
+    return read(buffer, bytes, byteOffset, bad) >> shift;
 }
 
 quint64 PartScan::fileContent(char*, FoundFile*)
@@ -81,7 +96,24 @@ bool PartScan::checkPoint()
         pauseCond.wait(&mutex);
         return false;
     }
-    return runState == Stopped;
+    // A device that has gone ends the scan with what it found so far.
+    return runState == Stopped || deviceFailed();
+}
+
+void PartScan::restoreTree(const QString& targetDir, const RestoreWalk::Content& content)
+{
+    restoreReport.clear();
+    RestoreTarget target;
+    int error = 0;
+    QDir().mkpath(targetDir); // a folder the user named but that is not there yet is made
+    if (!target.open(targetDir, &error))
+        qCritical("cannot open the restore target %s: %s", qUtf8Printable(targetDir), strerror(error));
+    RestoreWalk::run(rootFolder, target, keepBoth, content, &restoreReport, [this](quint64 size) { emit undeleteOne(size); }, filter);
+}
+
+void PartScan::finishRestore()
+{
+    emit undeleteDone(restoreReport.written(), restoreReport.damaged(), restoreReport.failed());
 }
 
 void PartScan::pauseOrResume(bool running)

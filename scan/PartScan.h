@@ -1,5 +1,7 @@
 #pragma once
 #include "results/ResultFilter.h"
+#include "scan/RestoreReport.h"
+#include "scan/RestoreWalk.h"
 #include "scan/device/DeviceHandle.h"
 
 #include <QMutex>
@@ -38,10 +40,21 @@ public:
     // MBR partition type of the open volume, 0 when unknown.
     int getPartType();
     // At an absolute byte position of the device (partOffset not added).
-    // Returns bytes read, possibly short, or -1.
-    qint64 read(void* buffer, quint64 bytes, quint64 position);
+    // Returns bytes read, possibly short at the device's end, or -1 once the
+    // device has gone. Unreadable sectors read as zeros; with bad given, their
+    // ranges are added to it.
+    qint64 read(void* buffer, quint64 bytes, quint64 position, QList<BadRange>* bad = nullptr);
     // In blocks of 2^shift bytes relative to the volume; whole blocks read, or -1.
-    qint64 readBlocks(void* buffer, quint32 count, quint64 position, int shift);
+    qint64 readBlocks(void* buffer, quint32 count, quint64 position, int shift, QList<BadRange>* bad = nullptr);
+    // True once the device stopped answering: the scan ends with what it has
+    // and the caller says "设备读取失败".
+    bool deviceFailed() const;
+    // Why the volume's structures can't carry a scan (its boot sector or
+    // metadata are unreadable); empty when they can. Such a scan ends at once
+    // with nothing found, and the caller shows this text.
+    QString openProblem() const { return m_openProblem; }
+    // The sectors found unreadable so far (device positions).
+    QList<BadRange> badRanges() const;
     void setRestoreDir(const QString& dir) { restoreDir = dir; }
 
     FolderNode* rootFolder = nullptr;
@@ -67,17 +80,22 @@ public:
     // points its partition scanners' counter at its own.
     std::atomic<quint64> bytesRead{0};
     std::atomic<quint64>* bytesCounter = &bytesRead;
+    // What the last restore did with each file.
+    RestoreReport restoreReport;
 
 signals:
     void scanBegin(int total);
     void scanOne(int done);
     void scanDone(quint64 results, quint64 totalSize);
     void undeleteOne(quint64 size);
-    void undeleteDone();
+    // After a restore: the files written whole, written with zero-filled
+    // stretches, and not written (restoreReport says which and why).
+    void undeleteDone(quint64 written, quint64 damaged, quint64 failed);
     void diskScanBegin(int partition, QString kind);
     void diskScanEnd();
 
 protected:
+    void setOpenProblem(const QString& why) { m_openProblem = why; }
     // The check point every scan loop calls at its own cadence: waits while
     // paused; returns true when the scan is to stop.
     bool checkPoint();
@@ -86,4 +104,13 @@ protected:
     void requestStop();
     // For destructors: stop the thread and wait until it has left run().
     void stopAndWait();
+    // The restore of the checked folders below rootFolder into targetDir, each
+    // file's content written by content; fills restoreReport and emits
+    // undeleteOne for each file and undeleteDone at the end.
+    void restoreTree(const QString& targetDir, const RestoreWalk::Content& content);
+    // Emits undeleteDone with restoreReport's counts.
+    void finishRestore();
+
+private:
+    QString m_openProblem;
 };

@@ -1,33 +1,30 @@
 #pragma once
 #include "results/ResultFilter.h"
+#include "scan/RestoreReport.h"
 
-#include <QString>
+#include <QStringList>
 #include <functional>
 
 struct FolderNode;
 struct FoundFile;
+class RestoreSink;
+class RestoreTarget;
 
-// The restore walk both volume scanners share: every selected file is written
-// below the target, at its folder's path in the tree.
-// Folders are made only where a file is written.
+// The restore walk every scanner shares: every ticked file the filter lets
+// through is written below the target, at the folder's path in the tree, and each
+// file's fate goes into the report. Folders are made only where a file is
+// written.
 class RestoreWalk {
 public:
-    // Called once per file with the folder made for it.
-    using WriteOne = std::function<void(const QString& folderPath, FoundFile* file)>;
+    // Writes one file's content into the sink; returns what kept it from being
+    // written (None when the sink got all it could).
+    using Content = std::function<RestoreFailure(FoundFile* file, RestoreSink& sink)>;
+    // Called after each file written, whole or damaged, with its size.
+    using Written = std::function<void(quint64 size)>;
 
-    // Only the files the filter lets through are written.
-    static void run(FolderNode* root, const QString& targetDir, const WriteOne& write,
-                    const ResultFilter& filter = ResultFilter());
+    static void run(FolderNode* root, const RestoreTarget& target, bool keepBoth, const Content& content,
+                    RestoreReport* report, const Written& written, const ResultFilter& filter = ResultFilter());
 
-    // The target path of a folder: targetDir, then the safe names from the top down.
-    static QString folderPath(const FolderNode* folder, const QString& targetDir);
-
-    // Where a found file is written in folderPath: its safe name, or with
-    // keepBoth and that name taken, the first free "name (2).ext", "name (3).ext"...
-    // Empty when no free name is left.
-    static QString filePath(const QString& folderPath, const QString& name, bool keepBoth);
-
-    // Gives a written file the modification time the tree shows, so a restored
-    // folder sorts by date as the original did. 0 (unknown) leaves it alone.
-    static bool setModified(const QString& filePath, quint64 modifiedMsecs);
+    // The safe names of a folder's path, from the top down.
+    static QStringList folderNames(const FolderNode* folder);
 };

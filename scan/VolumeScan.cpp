@@ -3,9 +3,8 @@
 #include "results/FolderNode.h"
 #include "results/ResultTreeLock.h"
 #include "scan/CheckedMath.h"
-#include "scan/RestoreWalk.h"
+#include "scan/RestoreSink.h"
 
-#include <QFile>
 #include <QWriteLocker>
 #include <algorithm>
 #include <climits>
@@ -19,6 +18,20 @@ constexpr int kCheckEvery = 1000;
 constexpr qint64 kProgressMsecs = 100;
 // The carving pass has a tenth of the progress scale behind the metadata pass.
 constexpr double kCarvingShare = 1.1;
+} // namespace
+
+namespace {
+// The last device read of a restore on this thread, so the slice handed to the
+// sink right after it can be told which of its bytes are zeros standing in for
+// unreadable sectors. Thread-local: previews read on other threads meanwhile.
+struct SliceRead {
+    QList<BadRange> bad;
+    quint64 position = 0;
+    quint64 bytes = 0;
+    qint64 got = 0;
+    bool fresh = false;
+};
+thread_local SliceRead* restoreRead = nullptr;
 } // namespace
 
 VolumeScan::VolumeScan(const QString& name, QObject* parent) : PartScan(name, parent) {}
@@ -60,6 +73,13 @@ void VolumeScan::scan()
     {
         QMutexLocker lock(&mutex);
         runState = Running;
+    }
+    if (!openProblem().isEmpty()) {
+        // Nothing behind the boot sector can be read: the scan ends at once, empty.
+        emit scanBegin(0);
+        scanFinished();
+        emit scanDone(0, 0);
+        return;
     }
     const double scale = double(progressTotal()) * (doExtra ? kCarvingShare : 1.0);
     emit scanBegin(int(qMin(scale, double(INT_MAX))));
@@ -152,8 +172,23 @@ void VolumeScan::reportProgress(quint64 position)
 qint64 VolumeScan::readVolume(void* buffer, quint64 bytes, quint64 volumeOffset)
 {
     uint64_t position = 0;
-    const qint64 got = checked::add(partOffset, volumeOffset, &position) ? read(buffer, bytes, position) : -1;
-    if (got < 0)
+    if (!checked::add(partOffset, volumeOffset, &position)) {
+        ++m_readErrors;
+        return -1;
+    }
+    // Sectors that could not be read come back as zeros; a read that met any
+    // counts as a read error, so a scan says how much of the volume it missed.
+    QList<BadRange> scanBad;
+    QList<BadRange>* bad = restoreRead ? &restoreRead->bad : &scanBad;
+    bad->clear();
+    const qint64 got = read(buffer, bytes, position, bad);
+    if (restoreRead) {
+        restoreRead->position = position;
+        restoreRead->bytes = bytes;
+        restoreRead->got = got;
+        restoreRead->fresh = true;
+    }
+    if (got < 0 || !bad->isEmpty())
         ++m_readErrors;
     return got;
 }
@@ -191,27 +226,30 @@ quint64 VolumeScan::fileContent(char* buffer, FoundFile* record)
 
 void VolumeScan::undelete(QString targetDir)
 {
-    RestoreWalk::run(rootFolder, targetDir, [this](const QString& folderPath, FoundFile* file) {
-        writeFile(folderPath, file);
-    }, filter);
-    emit undeleteDone();
+    restoreTree(targetDir, [this](FoundFile* file, RestoreSink& sink) { return writeContent(*file, sink); });
+    finishRestore();
 }
 
-void VolumeScan::writeFile(const QString& folderPath, FoundFile* file)
+RestoreFailure VolumeScan::writeContent(const FoundFile& file, RestoreSink& sink)
 {
-    if (!hasContent(*file))
-        return;
-    const QString path = RestoreWalk::filePath(folderPath, file->name, keepBoth);
-    QFile out(path);
-    if (!out.open(QIODevice::WriteOnly))
-        return;
+    if (!hasContent(file))
+        return file.size == 0 ? RestoreFailure::None : RestoreFailure::RecordUnreadable;
+    SliceRead slice;
+    restoreRead = &slice;
+    bool gone = false;
     // Holes are left unwritten; the final resize fills them with zeros.
-    readContent(*file, [&out](quint64 offset, const char* data, quint64 bytes) {
-        if (data && out.seek(qint64(offset)))
-            out.write(data, qint64(bytes));
+    readContent(file, [&](quint64 offset, const char* data, quint64 bytes) {
+        if (slice.fresh) {
+            slice.fresh = false;
+            gone = gone || slice.got < 0;
+            const quint64 kept = slice.got > 0 ? quint64(slice.got) : 0;
+            sink.noteBadReads(slice.bad, slice.position, offset, bytes);
+            if (kept < qMin(bytes, slice.bytes))
+                sink.noteOutside(offset + kept, qMin(bytes, slice.bytes) - kept);
+        }
+        if (data && !gone)
+            sink.write(offset, data, bytes);
     });
-    out.resize(qint64(file->size));
-    out.close();
-    RestoreWalk::setModified(path, file->modifiedMsecs);
-    emit undeleteOne(file->size);
+    restoreRead = nullptr;
+    return gone ? RestoreFailure::DeviceFailed : RestoreFailure::None;
 }

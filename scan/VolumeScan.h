@@ -99,7 +99,8 @@ protected:
 
 private:
     void scan();
-    void writeFile(const QString& folderPath, FoundFile* file);
+    // Writes one file's content for the restore, noting the stretches that read as zeros.
+    RestoreFailure writeContent(const FoundFile& file, RestoreSink& sink);
 
     quint64 m_volumeBytes = 0;
     std::atomic<quint64> m_readErrors{0};

@@ -9,7 +9,7 @@
 #include "results/FolderNode.h"
 #include "results/TreeModel.h"
 #include "scan/PartScan.h"
-#include "scan/ScannerFactory.h"
+#include "volumes/VolumeOpener.h"
 #include "scan/device/ImageDeviceLayer.h"
 #include "wizard/Footer.h"
 #include "wizard/MainPage.h"
@@ -723,22 +723,18 @@ void MainWidget::startScan()
     scanTimer->start(kTimerMsecs);
 
     releaseScan();
-    QString rootName = state.diskName;
-    if (state.partitionNumber == -1) {
-        scanThread = ScannerFactory::forDisk(state.diskNumber);
-    } else {
-        scanThread = ScannerFactory::forVolume(QChar::fromLatin1(state.driveLetter));
-        if (!scanThread) {
-            // Nothing runs: the clock stops and Prev leads back to choose again.
-            delete scanTimer;
-            scanTimer = nullptr;
-            state.currentPrevButton->setEnabled(true);
-            showMessage(tr("无法识别的文件系统。"));
-            return;
-        }
-        rootName = scanThread->deviceName;
+    const OpenedSource opened = state.partitionNumber == -1 ? VolumeOpener::openDisk(state.diskNumber)
+                                                            : VolumeOpener::openLetter(QChar::fromLatin1(state.driveLetter));
+    scanThread = opened.scanner;
+    if (!scanThread) {
+        // Nothing runs: the clock stops and Prev leads back to choose again.
+        delete scanTimer;
+        scanTimer = nullptr;
+        state.currentPrevButton->setEnabled(true);
+        showMessage(opened.unopenable ? opened.problem : tr("无法识别的文件系统。"));
+        return;
     }
-    scanRoot = std::make_unique<ScanRoot>(rootName, !scanThread->inherits("Fat32VolumeScan") && !scanThread->inherits("ExfatVolumeScan"));
+    scanRoot = std::make_unique<ScanRoot>(opened.rootName.isEmpty() ? state.diskName : opened.rootName, opened.ntfsTree);
     scanThread->rootFolder = scanRoot->root;
     treeModel = new TreeModel(scanRoot->top);
     browser->setModel(treeModel, scanThread);

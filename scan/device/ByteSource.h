@@ -10,4 +10,7 @@ public:
     // end), or -1 with errno set.
     virtual qint64 readAt(void* buffer, quint64 bytes, quint64 position) const = 0;
     virtual quint64 size() const = 0;
+    // The size now, for a source that can shrink while it is read (an image
+    // file cut short, a disk pulled out); size() stays the size seen at open.
+    virtual quint64 currentSize() const { return size(); }
 };

@@ -32,6 +32,8 @@ public:
     virtual DeviceHandle openDisk(int disk, int* error) = 0;
     // MBR type byte of the partition behind a letter, 0 when unknown.
     virtual int partitionTypeOfLetter(QChar letter) = 0;
+    // The device node or image file behind a disk, empty when unknown.
+    virtual QString devicePath(int disk) { Q_UNUSED(disk); return QString(); }
 
     // The layer the program uses. Tests put one of their own in place.
     static DeviceLayer& instance();

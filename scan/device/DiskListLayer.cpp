@@ -175,6 +175,12 @@ QString DiskListLayer::mountPointOfLetter(QChar letter)
     return disk(p.disk)->mountPoints.value(p.entry);
 }
 
+QString DiskListLayer::devicePath(int number)
+{
+    const DiskInfo* d = disk(number);
+    return d ? d->path : QString();
+}
+
 DeviceHandle DiskListLayer::openDisk(int number, int* error)
 {
     const DiskInfo* d = disk(number);

@@ -38,6 +38,7 @@ public:
     DeviceHandle openVolume(QChar letter, int* error) override;
     DeviceHandle openDisk(int disk, int* error) override;
     int partitionTypeOfLetter(QChar letter) override;
+    QString devicePath(int disk) override;
 
 protected:
     // Finds the disks on first use; the numbers stay fixed from then on.

@@ -36,42 +36,64 @@ void FileSource::setOpenObserver(OpenObserver o)
     observer() = std::move(o);
 }
 
+namespace {
+// The size of an open regular file or block device; 0 for anything else or on failure.
+quint64 sizeOf(int fd, const struct stat& st)
+{
+    if (S_ISREG(st.st_mode))
+        return quint64(st.st_size);
+    unsigned long long bytes = 0;
+    if (S_ISBLK(st.st_mode) && ::ioctl(fd, BLKGETSIZE64, &bytes) == 0)
+        return bytes;
+    return 0;
+}
+
+bool readableKind(const struct stat& st)
+{
+    return S_ISREG(st.st_mode) || S_ISBLK(st.st_mode);
+}
+
+std::shared_ptr<FileSource> failWith(int error, int* out)
+{
+    if (out)
+        *out = error;
+    return nullptr;
+}
+} // namespace
+
 std::shared_ptr<FileSource> FileSource::open(const QString& path, int* error)
 {
-    const int flags = O_RDONLY | O_CLOEXEC;
+    // Non-blocking: a FIFO or a terminal given as an image must not hang the
+    // open; they are refused by type before, this covers a swap in between.
+    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
     {
         QMutexLocker lock(&observerMutex);
         if (observer())
             observer()(path, flags);
     }
     const QByteArray native = path.toLocal8Bit();
-    const int fd = ::open(native.constData(), flags);
-    if (fd < 0) {
-        if (error)
-            *error = errno;
-        return nullptr;
-    }
     struct stat st {};
-    if (::fstat(fd, &st) != 0) {
-        if (error)
-            *error = errno;
+    if (::stat(native.constData(), &st) != 0)
+        return failWith(errno, error);
+    if (!readableKind(st))
+        return failWith(ENODEV, error);
+    const int fd = ::open(native.constData(), flags);
+    if (fd < 0)
+        return failWith(errno, error);
+    if (::fstat(fd, &st) != 0 || !readableKind(st)) {
+        const int e = errno ? errno : ENODEV;
         ::close(fd);
-        return nullptr;
+        return failWith(readableKind(st) ? e : ENODEV, error);
     }
-    quint64 size = 0;
-    if (S_ISBLK(st.st_mode)) {
-        unsigned long long bytes = 0;
-        if (::ioctl(fd, BLKGETSIZE64, &bytes) == 0)
-            size = bytes;
-    } else if (S_ISREG(st.st_mode)) {
-        size = quint64(st.st_size);
-    } else {
-        if (error)
-            *error = ENODEV;
-        ::close(fd);
-        return nullptr;
-    }
-    return std::shared_ptr<FileSource>(new FileSource(fd, size, path));
+    return std::shared_ptr<FileSource>(new FileSource(fd, sizeOf(fd, st), path));
+}
+
+quint64 FileSource::currentSize() const
+{
+    struct stat st {};
+    if (::fstat(m_fd, &st) != 0)
+        return 0;
+    return sizeOf(m_fd, st);
 }
 
 qint64 FileSource::readAt(void* buffer, quint64 bytes, quint64 position) const

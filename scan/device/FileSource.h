@@ -4,8 +4,9 @@
 #include <functional>
 #include <memory>
 
-// A block device or an image file, opened O_RDONLY | O_CLOEXEC and read with
-// pread. The descriptor is closed when the last handle on it goes.
+// A block device or an image file, opened O_RDONLY | O_CLOEXEC | O_NONBLOCK
+// and read with pread; anything else (FIFO, socket, terminal) is refused by
+// its type before it is opened. The descriptor is closed when the last handle on it goes.
 class FileSource : public ByteSource {
 public:
     ~FileSource() override;
@@ -17,6 +18,7 @@ public:
 
     qint64 readAt(void* buffer, quint64 bytes, quint64 position) const override;
     quint64 size() const override { return m_size; }
+    quint64 currentSize() const override;
     const QString& path() const { return m_path; }
     int fd() const { return m_fd; } // for probes inside the device layer only
 

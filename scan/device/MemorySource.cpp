@@ -5,7 +5,7 @@
 qint64 MemorySource::readAt(void* buffer, quint64 bytes, quint64 position) const
 {
     if (m_filter && !m_filter(position, bytes)) {
-        errno = EIO;
+        errno = m_error;
         return -1;
     }
     const quint64 total = size();

@@ -80,7 +80,7 @@ TEST(LostVolumes, AllFourFoundByTheirBootSectorsOrTheirBackupsAndRestored)
     const Manifest::Volume ntfs = manifest.volumes.at(2);
     ASSERT_EQ(ntfs.kind, "NTFS");
     const DeviceHandle partition = DeviceHandle(std::make_shared<MemorySource>(damaged)).slice(ntfs.startSector * 512, 64 << 20);
-    EXPECT_EQ(NtfsVolumeScan("N", partition, 0).geometry.totalSectors, (64u << 20) / 512 - 1);
+    EXPECT_EQ(NtfsVolumeScan("N", partition, 0).volume.geometry.totalSectors, (64u << 20) / 512 - 1);
 
     for (bool backups : {false, true}) {
         SCOPED_TRACE(backups ? "first sectors zeroed" : "intact");

@@ -4,7 +4,9 @@
 #include "fixtures/ScanRun.h"
 #include "imaging/SmallVolumes.h"
 #include "results/FolderNode.h"
-#include "scan/RestoreWalk.h"
+#include "scan/RestoreTarget.h"
+#include "scan/SafeFileName.h"
+#include "scan/device/TargetDir.h"
 #include "scan/device/FileSource.h"
 
 #include <QCryptographicHash>
@@ -86,11 +88,19 @@ TEST(RestoreSafety, NumberedNamesKeepTheirExtensionAndFit)
                           {QStringLiteral("README"), QStringLiteral("README (2)")},
                           {QStringLiteral(".."), QStringLiteral("_. (2)._")},
                           {kLongName, QString(247, QChar('n')) + QStringLiteral(" (2).txt")}};
+    RestoreTarget target;
+    ASSERT_TRUE(target.open(dir.path(), nullptr));
+    RestoreFailure why = RestoreFailure::None;
+    const std::unique_ptr<TargetDir> folder = target.folder({}, &why);
+    ASSERT_TRUE(folder);
     for (const Case& c : cases) {
-        const QString first = RestoreWalk::filePath(dir.path(), c.name, true);
-        QFile(first).open(QIODevice::WriteOnly);
-        EXPECT_EQ(RestoreWalk::filePath(dir.path(), c.name, true), dir.path() + '/' + c.second);
-        EXPECT_EQ(RestoreWalk::filePath(dir.path(), c.name, false), first);
+        const QString safe = SafeFileName::component(c.name);
+        QString first, second, replaced;
+        EXPECT_TRUE(target.create(*folder, safe, true, &first, &why));
+        EXPECT_TRUE(target.create(*folder, safe, true, &second, &why));
+        EXPECT_TRUE(target.create(*folder, safe, false, &replaced, &why));
+        EXPECT_EQ(second, c.second);
+        EXPECT_EQ(replaced, first);
     }
 }
 

@@ -1,11 +1,13 @@
 #include "results/FolderNode.h"
 #include "results/NtfsFile.h"
 #include "results/TreeModel.h"
+#include "scan/RestoreTarget.h"
 #include "scan/RestoreWalk.h"
 #include "wizard/FileListRows.h"
 #include "wizard/SelectionSums.h"
 
 #include <QAbstractItemModelTester>
+#include <QTemporaryDir>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -91,7 +93,15 @@ void TestSelection::ticksSumsAndRestoreAgree()
     }
 
     QStringList walked;
-    RestoreWalk::run(tree.root, QStringLiteral("/t"), [&](const QString&, FoundFile* f) { walked.append(f->name); });
+    QTemporaryDir dir;
+    RestoreTarget target;
+    int error = 0;
+    QVERIFY(target.open(dir.path(), &error));
+    RestoreReport report;
+    RestoreWalk::run(tree.root, target, false, [&](FoundFile* f, RestoreSink&) {
+        walked.append(f->name);
+        return RestoreFailure::None;
+    }, &report, [](quint64) {});
     QStringList ticked;
     QTreeWidget list;
     for (FolderNode* folder : QList<FolderNode*>{tree.root} + tree.folders.values()) {

@@ -82,12 +82,11 @@ struct SmallDisk {
     }
 };
 
-// A disk whose only partition has a FAT32 boot sector under a type no scanner takes.
+// A disk whose only partition is typed NTFS but holds no boot sector of any file system.
 QByteArray unknownTypeDisk()
 {
     DiskImageBuilder disk(4 * 1024 * 1024);
-    disk.writeMbr({{0x01, 2048, 4096}});
-    disk.put(2048 * 512, DiskImageBuilder::fat32BootSector(4096));
+    disk.writeMbr({{0x07, 2048, 4096}});
     return disk.bytes();
 }
 

@@ -1,0 +1,147 @@
+#include "scan/RestoreReport.h"
+
+#include <QJsonArray>
+#include <cerrno>
+
+void RestoreReport::add(const RestoredFile& file)
+{
+    QMutexLocker lock(&m_mutex);
+    m_files.append(file);
+}
+
+void RestoreReport::append(const RestoreReport& other)
+{
+    const QList<RestoredFile> theirs = other.files();
+    QMutexLocker lock(&m_mutex);
+    m_files.append(theirs);
+}
+
+void RestoreReport::clear()
+{
+    QMutexLocker lock(&m_mutex);
+    m_files.clear();
+}
+
+QList<RestoredFile> RestoreReport::files() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_files;
+}
+
+namespace {
+quint64 countOf(const QList<RestoredFile>& files, RestoredFile::Outcome outcome)
+{
+    quint64 n = 0;
+    for (const RestoredFile& f : files)
+        n += f.outcome == outcome ? 1 : 0;
+    return n;
+}
+
+const char* outcomeName(RestoredFile::Outcome outcome)
+{
+    switch (outcome) {
+    case RestoredFile::Whole:
+        return "written";
+    case RestoredFile::Damaged:
+        return "damaged";
+    case RestoredFile::NotWritten:
+        break;
+    }
+    return "failed";
+}
+} // namespace
+
+quint64 RestoreReport::written() const { return countOf(files(), RestoredFile::Whole); }
+quint64 RestoreReport::damaged() const { return countOf(files(), RestoredFile::Damaged); }
+quint64 RestoreReport::failed() const { return countOf(files(), RestoredFile::NotWritten); }
+
+quint64 RestoreReport::bytesWritten() const
+{
+    quint64 sum = 0;
+    for (const RestoredFile& f : files())
+        sum += f.outcome == RestoredFile::NotWritten ? 0 : f.size;
+    return sum;
+}
+
+QStringList RestoreReport::problemLines() const
+{
+    QStringList lines;
+    for (const RestoredFile& f : files()) {
+        if (f.outcome == RestoredFile::NotWritten)
+            lines.append(QStringLiteral("not written: %1 (%2)").arg(f.path, failureText(f.failure)));
+        else if (f.outcome == RestoredFile::Damaged)
+            lines.append(QStringLiteral("damaged: %1 (%2 bytes unreadable, filled with zeros)").arg(f.path).arg(f.badBytes()));
+    }
+    return lines;
+}
+
+QJsonObject RestoreReport::json() const
+{
+    QJsonArray list;
+    const QList<RestoredFile> all = files();
+    for (const RestoredFile& f : all) {
+        QJsonObject o{{"path", f.path}, {"size", double(f.size)}, {"outcome", outcomeName(f.outcome)}};
+        if (f.outcome == RestoredFile::NotWritten)
+            o.insert("reason", failureText(f.failure));
+        if (f.outcome == RestoredFile::Damaged) {
+            QJsonArray ranges;
+            for (const BadRange& r : f.badRanges)
+                ranges.append(QJsonObject{{"offset", double(r.offset)}, {"length", double(r.length)}});
+            o.insert("badBytes", double(f.badBytes()));
+            o.insert("badRanges", ranges);
+        }
+        list.append(o);
+    }
+    return {{"written", double(countOf(all, RestoredFile::Whole))},
+            {"damaged", double(countOf(all, RestoredFile::Damaged))},
+            {"failed", double(countOf(all, RestoredFile::NotWritten))},
+            {"files", list}};
+}
+
+QString RestoreReport::failureText(RestoreFailure failure)
+{
+    switch (failure) {
+    case RestoreFailure::None:
+        return QString();
+    case RestoreFailure::NoSpace:
+        return QStringLiteral("no space left in the target");
+    case RestoreFailure::Permission:
+        return QStringLiteral("the target refused the write");
+    case RestoreFailure::NameRefused:
+        return QStringLiteral("name refused: taken by a folder or a link");
+    case RestoreFailure::OutsideDevice:
+        return QStringLiteral("its data lies outside the device");
+    case RestoreFailure::RecordUnreadable:
+        return QStringLiteral("its record is unreadable");
+    case RestoreFailure::DeviceFailed:
+        return QStringLiteral("设备读取失败");
+    case RestoreFailure::WriteFailed:
+        break;
+    }
+    return QStringLiteral("write error");
+}
+
+RestoreFailure RestoreReport::failureOfError(int error)
+{
+    switch (error) {
+    case 0:
+        return RestoreFailure::None;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+        return RestoreFailure::NoSpace;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return RestoreFailure::Permission;
+    case EEXIST:
+    case ELOOP:
+    case ENOTDIR:
+    case EISDIR:
+    case ENAMETOOLONG:
+    case EINVAL:
+        return RestoreFailure::NameRefused;
+    default:
+        return RestoreFailure::WriteFailed;
+    }
+}
