@@ -21,11 +21,7 @@ QByteArray with(QByteArray e, int at, quint16 value)
 }
 
 const uchar* bytes(const QByteArray& a) { return reinterpret_cast<const uchar*>(a.constData()); }
-
-QByteArray cluster(const QByteArray& entries)
-{
-    return entries + QByteArray(512 - entries.size(), '\0');
-}
+QByteArray cluster(const QByteArray& entries) { return entries + QByteArray(512 - entries.size(), '\0'); }
 } // namespace
 
 TEST(FatDirectoryCheck, TellsEntriesFromOtherBytes)
@@ -81,8 +77,7 @@ TEST(FatDirectoryCheck, TellsFolderStartsFromLaterClusters)
     };
     for (const Case& c : cases) {
         EXPECT_EQ(FatDirectoryCheck::isFolderStart(bytes(c.data), size_t(c.data.size()), c.at, kClusters), c.start) << c.why;
-        EXPECT_EQ(FatDirectoryCheck::isFolderContinuation(bytes(c.data), size_t(c.data.size()), kClusters), c.continuation)
-            << c.why;
+        EXPECT_EQ(FatDirectoryCheck::isFolderContinuation(bytes(c.data), size_t(c.data.size()), kClusters), c.continuation) << c.why;
     }
     EXPECT_EQ(FatDirectoryCheck::parentCluster(bytes(cluster(entry(".          ", kFolder, 7) + entry("..         ", kFolder, 42)))), 42u);
 }

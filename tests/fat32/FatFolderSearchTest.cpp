@@ -17,11 +17,8 @@ QString listedPath(const QMap<QString, quint64>& listed, const QString& pattern)
 {
     QString expression = QRegularExpression::escape(QStringLiteral("C/") + pattern);
     expression.replace(QStringLiteral("\\*"), QStringLiteral("[^/]+"));
-    const QRegularExpression re(QRegularExpression::anchoredPattern(expression));
-    for (auto it = listed.begin(); it != listed.end(); ++it)
-        if (re.match(it.key()).hasMatch())
-            return it.key();
-    return {};
+    const QStringList matches = QStringList(listed.keys()).filter(QRegularExpression(QRegularExpression::anchoredPattern(expression)));
+    return matches.isEmpty() ? QString() : matches.first();
 }
 } // namespace
 
