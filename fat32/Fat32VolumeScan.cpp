@@ -30,11 +30,13 @@ struct Fat32VolumeScan::Walk {
     Fat32LongName pending;       // not emptied between directories, as the slots belong to no one
     QByteArray buffer;          // one cluster
     bool stop = false;
+    bool ended = false;          // the directory being read met its end mark
+    quint32 lastRead = 0;        // its last cluster whose entries were read
 };
 
 Fat32VolumeScan::Walk Fat32VolumeScan::newWalk(ScanTotals& totals) const
 {
-    return Walk{totals, {}, {}, QByteArray(int(boot.clusterBytes), '\0'), false};
+    return Walk{totals, {}, {}, QByteArray(int(boot.clusterBytes), '\0'), false, false, 0};
 }
 
 Fat32VolumeScan::Fat32VolumeScan(const QString& name, QObject* parent) : VolumeScan(name, parent)
@@ -144,6 +146,7 @@ void Fat32VolumeScan::scanFinished()
     m_folderPaths.clear();
     m_search.reset();
     m_carvedStarts.clear();
+    m_open.clear();
 }
 
 bool Fat32VolumeScan::readCluster(quint32 cluster, uchar* buffer)
@@ -179,6 +182,8 @@ void Fat32VolumeScan::readDirectory(Walk& walk, Directory& dir)
     }
     if (m_clustersRead.contains(dir.firstCluster))
         return;
+    walk.ended = false;
+    walk.lastRead = 0;
     const QList<uint> chain = table().chain(dir.firstCluster);
     for (int i = 0; i < chain.size() && !walk.stop; ++i)
         if (!readChainCluster(walk, dir, chain[i], i == 0))
@@ -191,8 +196,11 @@ void Fat32VolumeScan::readDirectory(Walk& walk, Directory& dir)
         if (m_clustersRead.contains(cluster))
             return false;
         m_clustersRead.insert(cluster);
+        walk.lastRead = cluster;
         return readEntries(walk, dir, data, boot.clusterBytes);
     });
+    if (!walk.ended && !walk.stop && walk.lastRead)
+        m_open[walk.lastRead] = OpenFolder{dir, walk.pending};
 }
 
 // False when the directory ends here: its end mark, a stop, or a first cluster
@@ -213,6 +221,7 @@ bool Fat32VolumeScan::readChainCluster(Walk& walk, Directory& dir, quint32 clust
         return false;
     if (first)
         m_folderPaths.insert(cluster, dir.path);
+    walk.lastRead = cluster;
     return readEntries(walk, dir, data, got);
 }
 
@@ -231,8 +240,10 @@ bool Fat32VolumeScan::readEntries(Walk& walk, Directory& dir, const uchar* data,
     for (qint64 at = 0; at + Fat32DirEntry::kBytes <= bytes; at += Fat32DirEntry::kBytes) {
         const uchar* raw = data + at;
         const Fat32DirEntry entry = Fat32DirEntry::decode(raw);
-        if (entry.isEnd())
+        if (entry.isEnd()) {
+            walk.ended = true;
             return false;
+        }
         if (entry.isSlot()) {
             walk.pending.add(raw);
         } else {
@@ -262,7 +273,8 @@ void Fat32VolumeScan::takeEntry(Walk& walk, Directory& dir, const Fat32DirEntry&
     if (!name.isEmpty())
         sub.path.append(name);
     sub.firstCluster = entry.firstCluster;
-    sub.deleted = entry.isDeleted();
+    sub.found = dir.found;
+    sub.deleted = entry.isDeleted() || dir.found;
     walk.queue.enqueue(sub);
 }
 
@@ -344,19 +356,36 @@ bool Fat32VolumeScan::fileFoundFolders(ScanTotals& totals)
         for (const FatFolderSearch::FolderStart& start : m_search->folderStarts())
             if (!fileFoundStart(walk, start, last))
                 return false;
-    for (quint32 cluster : m_search->loneClusters()) {
-        if (m_clustersRead.contains(cluster))
-            continue;
-        Directory lone;
-        lone.path = QStringList{m_orphans.current(rootFolder, partIndex, false)->name};
-        lone.firstCluster = cluster;
-        lone.deleted = true;
-        lone.lone = true;
-        walk.queue.enqueue(lone);
-        if (!drain(walk))
+    for (quint32 cluster : m_search->loneClusters())
+        if (!fileLoneCluster(walk, cluster))
             return false;
-    }
     return true;
+}
+
+// A folder that grew while files were written into it has its later clusters
+// among theirs: a cluster of entries goes on the nearest deleted folder before
+// it that was still open, else it is an orphan.
+bool Fat32VolumeScan::fileLoneCluster(Walk& walk, quint32 cluster)
+{
+    if (m_clustersRead.contains(cluster))
+        return true;
+    Directory lone;
+    auto open = m_open.lower_bound(cluster);
+    if (open != m_open.begin()) {
+        --open;
+        lone = open->second.dir;
+        walk.pending = open->second.pending;
+        m_open.erase(open);
+    } else {
+        lone.path = QStringList{m_orphans.current(rootFolder, partIndex, false)->name};
+        lone.folder = nullptr;
+    }
+    lone.firstCluster = cluster;
+    lone.deleted = true;
+    lone.lone = true;
+    lone.found = true;
+    walk.queue.enqueue(lone);
+    return drain(walk);
 }
 
 bool Fat32VolumeScan::fileFoundStart(Walk& walk, const FatFolderSearch::FolderStart& start, bool orphanIfUnplaced)
@@ -375,6 +404,7 @@ bool Fat32VolumeScan::fileFoundStart(Walk& walk, const FatFolderSearch::FolderSt
     dir.path.append(madeFolderName(start.cluster));
     dir.firstCluster = start.cluster;
     dir.deleted = true;
+    dir.found = true;
     walk.queue.enqueue(dir);
     return drain(walk);
 }

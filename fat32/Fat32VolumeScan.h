@@ -1,5 +1,6 @@
 #pragma once
 #include "fat32/Fat32BootSector.h"
+#include "fat32/Fat32LongName.h"
 #include "fat32/FatFolderSearch.h"
 #include "results/OrphanFolders.h"
 #include "scan/VolumeScan.h"
@@ -51,7 +52,14 @@ private:
         bool deleted = false;
         bool root = false;
         bool lone = false;            // entries found in free space without their folder's start
+        bool found = false;           // found in free space, or below such a folder: all of it is gone
         FolderNode* folder = nullptr; // made when its first file is filed
+    };
+    // A deleted folder whose last cluster read holds no end mark: its entries
+    // go on in a cluster the search finds on its own, with the slots left over.
+    struct OpenFolder {
+        Directory dir;
+        Fat32LongName pending;
     };
     struct Walk;
     Walk newWalk(ScanTotals& totals) const;
@@ -80,6 +88,7 @@ private:
     // Files what the folder search found, after the walk over free clusters.
     bool fileFoundFolders(ScanTotals& totals);
     bool fileFoundStart(Walk& walk, const FatFolderSearch::FolderStart& start, bool orphanIfUnplaced);
+    bool fileLoneCluster(Walk& walk, quint32 cluster);
     void noteCarvedStarts();
 
     Fat32BootSector boot;
@@ -90,5 +99,6 @@ private:
     QHash<quint32, QStringList> m_folderPaths; // each folder read, by its first cluster
     std::unique_ptr<FatFolderSearch> m_search;
     QSet<quint32> m_carvedStarts;              // a found name doesn't list these clusters' bytes twice
+    std::map<quint32, OpenFolder> m_open;      // by the last cluster read
     OrphanFolders m_orphans;
 };
