@@ -8,7 +8,8 @@
 // Looks at each free cluster as the walk over free space meets it, in
 // ascending order, for what is left of folders no directory leads to any
 // more: a folder's first cluster (its dot entries), with the free clusters of
-// entries behind it, and lone clusters of entries whose folder start is gone.
+// entries behind it, and lone clusters of entries (a folder's later clusters
+// among its files' clusters, or the rest of a folder whose start is gone).
 // The files these folders name lie from their first cluster on for their
 // size; the search keeps those runs, so that the signature carving leaves them
 // to the names.
@@ -45,7 +46,7 @@ public:
     bool named(quint32 cluster) const;
 
     const QList<FolderStart>& folderStarts() const { return m_starts; }
-    // Clusters of entries found on their own, not behind a folder start.
+    // Clusters of entries found on their own, not behind a folder start, in ascending order.
     const QList<quint32>& loneClusters() const { return m_lone; }
 
     // The later clusters a folder's clusters may hold: a directory holds at most 65,536 entries.
