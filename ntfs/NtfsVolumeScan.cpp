@@ -27,8 +27,6 @@ constexpr quint64 kBatchBytes = 1024 * 1024;
 constexpr quint32 kBitmapRecord = 6;
 // $MFTMirr copies the first four records.
 constexpr quint64 kMirrorRecords = 4;
-// Orphaned files are spread over folders of this many entries.
-constexpr int kOrphanFolderEntries = 500;
 // A file's attribute list names at most this many extension records: more is damage.
 constexpr int kMaxExtensionRecords = 1024;
 constexpr int kSequenceShift = 48;
@@ -70,8 +68,7 @@ void NtfsVolumeScan::parseBootSector()
     volume = NtfsVolume::open(handle, partOffset);
     setOpenProblem(volume.problem);
     setVolumeBytes(volume.volumeClusters << volume.geometry.clusterShift);
-    orphanFolder = nullptr;
-    orphanIndex = 1;
+    orphans.reset();
 }
 
 bool NtfsVolumeScan::canOpen(const DeviceHandle& handle, quint64 partOffset)
@@ -451,14 +448,7 @@ bool NtfsVolumeScan::isLive(const QStringList& folders, const QString& name) con
 
 FolderNode* NtfsVolumeScan::currentOrphanFolder()
 {
-    if (orphanFolder && orphanFolder->directCount() >= kOrphanFolderEntries) {
-        ++orphanIndex;
-        orphanFolder = nullptr;
-    }
-    if (!orphanFolder)
-        orphanFolder = rootFolder->addChild(QStringLiteral("孤立文件-%1").arg(orphanIndex, 5, 10, QLatin1Char('0')),
-                                            partIndex, true);
-    return orphanFolder;
+    return orphans.current(rootFolder, partIndex, true);
 }
 
 void NtfsVolumeScan::markClusters(const NtfsFile* file)

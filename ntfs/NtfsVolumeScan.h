@@ -6,6 +6,7 @@
 #include "ntfs/MftRecordInfo.h"
 #include "ntfs/NtfsGeometry.h"
 #include "ntfs/NtfsVolume.h"
+#include "results/OrphanFolders.h"
 #include "scan/VolumeScan.h"
 
 #include <QByteArray>
@@ -51,8 +52,7 @@ public:
 
     NtfsVolume volume; // opened by the constructor, fixed from then on
     DirectoryMap directories;
-    FolderNode* orphanFolder = nullptr;
-    int orphanIndex = 1;
+    OrphanFolders orphans;
     QByteArray clusterBitmap; // first run of $Bitmap during a scan; empty when it can't be read
     quint64 bitmapClusters = 0;
 
