@@ -227,7 +227,7 @@ Failure scanOptions(const QCommandLineParser& parser, ScanOptions* o)
 
 std::unique_ptr<ScanSession> makeSession(const Target& t, const ScanOptions& o, Failure* f)
 {
-    const OpenedSource opened = t.wholeDisk ? VolumeOpener::openDisk(t.disk) : VolumeOpener::openLetter(t.letter);
+    const OpenedSource opened = t.wholeDisk ? VolumeOpener::openDisk(t.disk) : VolumeOpener::openLetter(t.letter, o.doExtra);
     if (!opened.scanner) {
         if (opened.unopenable)
             *f = {CliApp::Fatal, QStringLiteral("fatal: ") + opened.problem};

@@ -33,6 +33,7 @@ QList<DeviceRow> DeviceRows::collect(DeviceLayer& layer)
             p.sizeBytes = e.length;
             p.type = e.mbrType;
             p.typeName = e.typeName;
+            p.fileSystem = e.fileSystem;
             for (QChar c : letters) {
                 const auto at = layer.partitionOfLetter(c);
                 if (at && at->startingOffset == e.startingOffset && at->partitionNumber == e.partitionNumber)
@@ -63,11 +64,12 @@ QString DeviceRows::text(const QList<DeviceRow>& rows)
             const QString letter = r.letter.isNull() ? QStringLiteral("no name") : QStringLiteral("(%1:/)").arg(r.letter);
             const QString label = r.label.isEmpty() ? QStringLiteral("no label") : r.label;
             const QString typeName = r.typeName.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(r.typeName);
-            out += QStringLiteral("        %1 [%2]  partition %3  type 0x%4%5  %6\n")
+            const QString fileSystem = r.fileSystem.isEmpty() ? QStringLiteral("unknown file system") : r.fileSystem;
+            out += QStringLiteral("        %1 [%2]  partition %3  type 0x%4%5  %6  %7\n")
                        .arg(letter, label)
                        .arg(r.partitionNumber)
                        .arg(r.type, 2, 16, QChar('0'))
-                       .arg(typeName, sizeText(r.sizeBytes));
+                       .arg(typeName, fileSystem, sizeText(r.sizeBytes));
         }
     }
     return out;
@@ -96,6 +98,7 @@ QJsonArray DeviceRows::json(const QList<DeviceRow>& rows)
                                      {"label", r.label},
                                      {"type", r.type},
                                      {"typeName", r.typeName},
+                                     {"fileSystem", r.fileSystem},
                                      {"sizeBytes", double(r.sizeBytes)}});
         }
     }

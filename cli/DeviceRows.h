@@ -17,6 +17,7 @@ struct DeviceRow {
     quint64 sizeBytes = 0; // partition length
     int type = 0;
     QString typeName;      // as the partition table names the type; may be empty
+    QString fileSystem;    // from the boot sector ("FAT16", "exFAT"); empty when not one the program reads
 };
 
 class DeviceRows {

@@ -30,7 +30,7 @@ DialogAbout::DialogAbout(QWidget* parent)
     labelRight->setWordWrap(true);
     labelRight->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     labelRight->setText(tr("<p style=\"color:#333333; line-height:150%;\">"
-                           "Ostrel数据恢复从 NTFS 和 FAT32 分区中找回误删除、格式化和分区丢失后的文件。"
+                           "Ostrel数据恢复从 NTFS、FAT12/16/32 和 exFAT 分区中找回误删除、格式化和分区丢失后的文件。"
                            "扫描只读取磁盘，不会写入任何数据。</p>"
                            "<p style=\"color:#797979;\">Copyright © 2015 Ostrel 工作室</p>"));
 }

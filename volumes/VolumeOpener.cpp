@@ -1,10 +1,14 @@
 #include "volumes/VolumeOpener.h"
+#include "carving/RawVolumeScan.h"
 #include "diskscan/DiskScan.h"
 #include "exfat/ExfatVolumeScan.h"
 #include "fat32/Fat32VolumeScan.h"
 #include "ntfs/NtfsGeometry.h"
 #include "ntfs/NtfsVolumeScan.h"
 #include "scan/device/DeviceLayer.h"
+#include "scan/device/PartitionTable.h"
+
+#include <cstring>
 
 namespace {
 // Boot sectors are read and told apart as one block of this size, whatever the sector size.
@@ -71,30 +75,44 @@ const VolumeOpener::FileSystem* VolumeOpener::byKind(const QString& kind)
     return nullptr;
 }
 
-OpenedSource VolumeOpener::openLetter(QChar letter)
+OpenedSource VolumeOpener::openLetter(QChar letter, bool carveUnreadable)
 {
     int error = 0;
     DeviceHandle handle = DeviceLayer::instance().openVolume(letter, &error);
-    if (!handle.isValid())
-        qFatal("%s: CreateFileW return: %lu", "PartScan::openVolume", static_cast<unsigned long>(error));
     OpenedSource opened;
-    const FileSystem* fs = recognise(handle, 0);
-    if (!fs) {
-        opened.problem = QString::fromUtf8(kUnrecognised);
+    if (!handle.isValid()) {
+        // A device that went away or refuses to be read: a message, not an end.
+        opened.problem = QStringLiteral("cannot open volume %1: %2").arg(letter).arg(QString::fromLocal8Bit(std::strerror(error)));
+        opened.unopenable = true;
         return opened;
     }
-    // A one-letter name is how the scanner knows the volume is mounted and may hold live files.
-    opened.scanner = fs->make(QString(letter), std::move(handle), 0);
-    if (!opened.scanner->openProblem().isEmpty()) {
+    opened.rootName = QString(letter);
+    const FileSystem* fs = recognise(handle, 0);
+    if (fs) {
+        // The FAT row reads every width: the name says which one this is.
+        const QString name = PartitionTable::fileSystemName(handle);
+        // A one-letter name is how the scanner knows the volume is mounted and may hold live files.
+        opened.scanner = fs->make(QString(letter), handle, 0);
+        opened.kind = name.isEmpty() ? QLatin1String(fs->kind) : name;
+        opened.ntfsTree = fs->ntfsTree;
+        if (opened.scanner->openProblem().isEmpty())
+            return opened;
         opened.problem = opened.scanner->openProblem();
         opened.unopenable = true;
         delete opened.scanner;
         opened.scanner = nullptr;
-        return opened;
+    } else {
+        opened.problem = QString::fromUtf8(kUnrecognised);
     }
-    opened.kind = QLatin1String(fs->kind);
-    opened.rootName = QString(letter);
-    opened.ntfsTree = fs->ntfsTree;
+    if (carveUnreadable) {
+        // Both boot sectors gone, or none of ours: what carving finds is all there is.
+        qWarning("%s; carving the whole volume", qUtf8Printable(opened.problem));
+        opened.scanner = new RawVolumeScan(QString(letter), std::move(handle), 0);
+        opened.kind = QStringLiteral("raw");
+        opened.ntfsTree = false;
+        opened.problem.clear();
+        opened.unopenable = false;
+    }
     return opened;
 }
 

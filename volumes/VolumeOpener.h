@@ -12,7 +12,7 @@ class VolumeScan;
 // the reason.
 struct OpenedSource {
     PartScan* scanner = nullptr;
-    QString kind;       // "NTFS", "FAT32", or "disk" for a whole-disk search
+    QString kind;       // "NTFS", "FAT12", "FAT16", "FAT32", "exFAT", "raw" (carving only), or "disk" for a whole-disk search
     QString rootName;   // of the visible root folder
     bool ntfsTree = true; // FolderNode::ntfs of the root folder
     QString problem;    // why there is no scanner
@@ -41,9 +41,10 @@ public:
     static const FileSystem* recognise(const DeviceHandle& handle, quint64 offset);
     static const FileSystem* byKind(const QString& kind);
 
-    // The volume behind a drive letter. A recognised boot sector gets its
-    // scanner, which ends the program, as before, on damage behind it.
-    static OpenedSource openLetter(QChar letter);
+    // The volume behind a drive letter, with the scanner of the file system
+    // its boot sector names. With carveUnreadable (format recovery), a volume
+    // no file system can be read from still gets a carving-only scanner.
+    static OpenedSource openLetter(QChar letter, bool carveUnreadable = false);
     // A search of a whole disk for lost volumes.
     static OpenedSource openDisk(int disk);
 };

@@ -20,26 +20,27 @@ QString twoPlaces(double value)
 }
 
 void addRow(QTreeWidget* tree, const QString& name, const QString& capacity, const QString& key, int disk,
-            const QFont& font)
+            const QFont& font, const QString& fileSystem = QString())
 {
-    auto* row = new QTreeWidgetItem({name, capacity});
+    auto* row = new QTreeWidgetItem({name, capacity, fileSystem});
     row->setData(0, Qt::UserRole, key);
     row->setData(1, Qt::UserRole, disk);
     row->setFont(0, font);
     row->setFont(1, font);
+    row->setFont(2, font);
     tree->addTopLevelItem(row);
 }
 } // namespace
 
 void DeviceTreeRows::setupTree(QTreeWidget* tree)
 {
-    tree->setColumnCount(2);
-    tree->setHeaderLabels({QObject::tr("设备名"), QObject::tr("容量")});
+    tree->setColumnCount(3);
+    tree->setHeaderLabels({QObject::tr("设备名"), QObject::tr("容量"), QObject::tr("文件系统")});
     QTreeWidgetItem* header = tree->headerItem();
     QFont font = header->font(0);
     font.setBold(true);
     font.setPixelSize(kHeaderPixelSize);
-    for (int column = 0; column < 2; ++column) {
+    for (int column = 0; column < 3; ++column) {
         header->setTextAlignment(column, Qt::AlignCenter);
         header->setFont(column, font);
     }
@@ -139,6 +140,7 @@ void DeviceTreeRows::addPartitionRows(QTreeWidget* tree, DeviceLayer& layer, int
             length = lettered->length;
         }
         addRow(tree, QStringLiteral("        (%1:/) [%2]").arg(name, label), capacityText(length),
-               QStringLiteral("%1|%2").arg(number).arg(keyLetter), disk, font);
+               QStringLiteral("%1|%2").arg(number).arg(keyLetter), disk, font,
+               entry.fileSystem.isEmpty() ? QObject::tr("未知") : entry.fileSystem);
     }
 }

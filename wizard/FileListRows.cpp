@@ -44,10 +44,10 @@ void FileListRows::fill(QTreeWidget* list, FolderNode* folder, const QMap<QStrin
 {
     list->setSortingEnabled(false);
     list->clear();
-    const QString status = statusText(folder);
+    const bool carved = isCarvedFolder(folder);
     for (FoundFile* file : filesOf(folder, filter)) {
         auto* row = new FileRow(QStringList{file->name, timeText(file->modifiedMsecs, dynamic_cast<const Fat32File*>(file) != nullptr),
-                                            sizeText(file->size), status});
+                                            sizeText(file->size), statusText(carved, *file)});
         for (int column = 0; column < ColumnCount; ++column) {
             QFont font = row->font(column);
             font.setPointSize(kPointSize);
@@ -102,14 +102,21 @@ QString FileListRows::iconPath(const QString& fileName, const QMap<QString, QStr
     return iconMap.value(key, iconMap.value(key.toLower(), kNullIcon));
 }
 
-QString FileListRows::statusText(const FolderNode* folder)
+bool FileListRows::isCarvedFolder(const FolderNode* folder)
 {
     QReadLocker lock(ResultTree::lockOf(folder));
     for (const FolderNode* f = folder; f; f = f->parent) {
         if (f->name == kCarvedFolder)
-            return QObject::tr("碎片恢复");
+            return true;
     }
-    return QString();
+    return false;
+}
+
+QString FileListRows::statusText(bool carved, const FoundFile& file)
+{
+    if (!carved)
+        return QObject::tr("已删除");
+    return file.cut ? QObject::tr("碎片恢复（不完整）") : QObject::tr("碎片恢复");
 }
 
 QList<FoundFile*> FileListRows::filesOf(FolderNode* folder, const ResultFilter& filter)

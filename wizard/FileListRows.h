@@ -27,9 +27,12 @@ public:
     static QString sizeText(quint64 bytes);
     // The icon path for a name's extension, whatever its case; ":./null.ico" without an entry.
     static QString iconPath(const QString& fileName, const QMap<QString, QString>& iconMap);
-    // "碎片恢复" for a file carved by signature; empty for one found in the
-    // file system's own records.
-    static QString statusText(const FolderNode* folder);
+    // "已删除" for a deleted file found in the file system's records;
+    // "碎片恢复" for one carved by signature, "碎片恢复（不完整）" where its
+    // structure broke off before its end.
+    static QString statusText(bool carved, const FoundFile& file);
+    // The folder holds carved files (it lies below the carving folder).
+    static bool isCarvedFolder(const FolderNode* folder);
 
     // The folder's files as they are now, taken under the tree's read lock:
     // the scan may append while the rows are built.

@@ -7,10 +7,10 @@
 #include <cstring>
 
 namespace {
+// A volume the program reads, told by its boot sector.
 bool recognised(const PartitionEntry& e)
 {
-    return e.mbrType == PartitionType::Ntfs || e.mbrType == PartitionType::Fat32 ||
-           e.mbrType == PartitionType::Fat32Lba;
+    return !e.fileSystem.isEmpty();
 }
 } // namespace
 
@@ -31,5 +31,5 @@ QString ImageCheck::problem(const QString& path)
         if (recognised(e))
             return QString();
     }
-    return QObject::tr("%1 不是磁盘映像：其中既没有分区表，也没有可识别的 NTFS 或 FAT32 分区。").arg(info.fileName());
+    return QObject::tr("%1 不是磁盘映像：其中既没有分区表，也没有可识别的 NTFS、FAT 或 exFAT 分区。").arg(info.fileName());
 }

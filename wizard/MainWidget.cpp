@@ -83,6 +83,22 @@ struct ModeTexts {
     const char* title;
     const char* caption;
 };
+// Why a file was not written, as the closing message of a restore says it.
+QString whyNotWritten(RestoreFailure failure)
+{
+    switch (failure) {
+    case RestoreFailure::NoSpace: return QObject::tr("目标磁盘空间不足");
+    case RestoreFailure::Permission: return QObject::tr("目标文件夹拒绝写入");
+    case RestoreFailure::NameRefused: return QObject::tr("文件名已被文件夹或链接占用");
+    case RestoreFailure::OutsideDevice: return QObject::tr("数据位于设备范围之外");
+    case RestoreFailure::RecordUnreadable: return QObject::tr("文件记录无法读取");
+    case RestoreFailure::DeviceFailed: return QObject::tr("设备读取失败");
+    case RestoreFailure::None:
+    case RestoreFailure::WriteFailed: break;
+    }
+    return QObject::tr("写入错误");
+}
+
 const ModeTexts kModeTexts[] = {
     {"Ostrel数据恢复——文件恢复", "请选择要恢复的文件所在的分区："},
     {"Ostrel数据恢复——格式化恢复", "请选择要恢复的文件所在的分区："},
@@ -724,7 +740,7 @@ void MainWidget::startScan()
 
     releaseScan();
     const OpenedSource opened = state.partitionNumber == -1 ? VolumeOpener::openDisk(state.diskNumber)
-                                                            : VolumeOpener::openLetter(QChar::fromLatin1(state.driveLetter));
+                                                            : VolumeOpener::openLetter(QChar::fromLatin1(state.driveLetter), state.doExtra != 0);
     scanThread = opened.scanner;
     if (!scanThread) {
         // Nothing runs: the clock stops and Prev leads back to choose again.
@@ -800,7 +816,10 @@ void MainWidget::scanDone(quint64 results, quint64)
     step3Page->remainingLabel->setText(stopped ? tr("已停止") : QStringLiteral("00:00:00"));
     refreshTree();
     step3Page->summaryLabel->setText(ScanSummary::of(scanRoot ? scanRoot->root() : nullptr).text());
-    showMessage(stopped ? tr("已停止") : tr("扫描完成！\n如果您对扫描结果不满意，可以尝试使用另外两种恢复模式。"));
+    if (scanThread && scanThread->deviceFailed())
+        showMessage(tr("设备读取失败"));
+    else
+        showMessage(stopped ? tr("已停止") : tr("扫描完成！\n如果您对扫描结果不满意，可以尝试使用另外两种恢复模式。"));
 }
 
 void MainWidget::diskScanBegin(int, const QString&) {}
@@ -1015,14 +1034,27 @@ void MainWidget::undeleteDone()
 {
     restoring = false;
     step4Page->restoreProgressBar->setValue(100);
-    // What is on disk at full size counts, not what the writer set out to write.
-    const QStringList failed = restorePlan ? restorePlan->missing() : QStringList();
-    const int planned = restorePlan ? int(restorePlan->entries.size()) : restoredCount;
-    step4Page->restoredCount->setText(Step4Page::red(QString::number(planned - failed.size())));
-    if (failed.isEmpty()) {
+    // The restore's own account counts, not what the writer set out to write:
+    // every file not written, and every one written with unreadable stretches.
+    const QList<RestoredFile> files = scanThread ? scanThread->restoreReport.files() : QList<RestoredFile>();
+    QStringList problems;
+    int written = 0;
+    int failed = 0;
+    for (const RestoredFile& f : files) {
+        if (f.outcome == RestoredFile::NotWritten) {
+            ++failed;
+            problems.append(tr("%1（未写入：%2）").arg(f.path, whyNotWritten(f.failure)));
+            continue;
+        }
+        ++written;
+        if (f.outcome == RestoredFile::Damaged)
+            problems.append(tr("%1（%2 字节无法读取，已用零填充）").arg(f.path).arg(f.badBytes()));
+    }
+    step4Page->restoredCount->setText(Step4Page::red(QString::number(written)));
+    if (problems.isEmpty()) {
         showMessage(tr("恢复完成！\n请点击\"浏览已恢复的文件\"查看。"));
         return;
     }
-    WizardMessages::inform(this, tr("已恢复 %1 个，%2 个失败").arg(planned - failed.size()).arg(failed.size()),
-                           tr("未能完整写入的文件：\n") + failed.join(QLatin1Char('\n')));
+    WizardMessages::inform(this, tr("已恢复 %1 个，%2 个失败").arg(written).arg(failed),
+                           tr("未能完整写入的文件：\n") + problems.join(QLatin1Char('\n')));
 }

@@ -58,14 +58,3 @@ int RestorePlan::existing() const
         count += QFileInfo::exists(e.path) ? 1 : 0;
     return count;
 }
-
-QStringList RestorePlan::missing() const
-{
-    QStringList paths;
-    for (const Entry& e : entries) {
-        const QFileInfo info(e.path);
-        if (!info.isFile() || quint64(info.size()) != e.size)
-            paths.append(e.path.mid(targetDir.size() + 1));
-    }
-    return paths;
-}

@@ -21,9 +21,6 @@ public:
 
     // Files whose name is already taken in the target.
     int existing() const;
-    // After the restore: the files not on disk at their full size, as paths
-    // relative to the target.
-    QStringList missing() const;
 
     QString targetDir;
     QList<Entry> entries;

@@ -33,6 +33,7 @@ struct PartitionEntry {
     quint32 partitionNumber = 0; // 1-based
     quint8 mbrType = 0;          // 0: unused slot
     QString typeName;            // what the table calls the type ("Microsoft basic data"); empty when unknown
+    QString fileSystem;          // what its boot sector says: "NTFS", "FAT12", "FAT16", "FAT32", "exFAT"; empty for none of these
 };
 
 struct DriveLayout {

@@ -37,7 +37,8 @@ void DiskListLayer::assignLetters(DiskInfo* d)
     d->letters.clear();
     DeviceHandle whole;
     for (const PartitionEntry& e : d->layout.entries) {
-        bool wanted = typeTakesLetter(e.mbrType);
+        // A bare volume gets its letter whatever it holds: it is the whole device.
+        bool wanted = typeTakesLetter(e.mbrType) || d->layout.style == DriveLayout::Raw;
         if (!wanted && d->open) {
             if (!whole.isValid()) {
                 int err = 0;

@@ -112,6 +112,7 @@ bool describe(const QString& name, const QHash<QString, QString>& mounts, DiskIn
             if (o.startingOffset == e.startingOffset)
                 e.typeName = o.typeName;
         }
+        e.fileSystem = PartitionTable::fileSystemName(whole.slice(e.startingOffset, e.length));
         if (e.mbrType == 0)
             continue;
         d->layout.entries.append(e);

@@ -80,6 +80,30 @@ PartitionTable::BootKind PartitionTable::bootKindOf(const QByteArray& sector)
     return BootKind::None;
 }
 
+QString PartitionTable::fileSystemName(const DeviceHandle& volume)
+{
+    const QByteArray sector = readBytes(volume, 0, kSectorBytes);
+    Fat32BootSector fat;
+    switch (bootKindOf(sector)) {
+    case BootKind::Ntfs: return QStringLiteral("NTFS");
+    case BootKind::Exfat: return QStringLiteral("exFAT");
+    case BootKind::Fat32:
+    case BootKind::Fat:
+        // The width follows from the cluster count, not from the type text.
+        if (Fat32BootSector::parseAny(sector.constData(), size_t(sector.size()), &fat))
+            return QLatin1String(fat.typeName());
+        return QStringLiteral("FAT32");
+    case BootKind::None: break;
+    }
+    return QString();
+}
+
+void PartitionTable::nameFileSystems(const DeviceHandle& disk, DriveLayout* layout)
+{
+    for (PartitionEntry& e : layout->entries)
+        e.fileSystem = fileSystemName(disk.slice(e.startingOffset, e.length));
+}
+
 PartitionTable::BootKind PartitionTable::bootKind(const DeviceHandle& volume)
 {
     return bootKindOf(readBytes(volume, 0, kSectorBytes));
@@ -114,11 +138,23 @@ DriveLayout PartitionTable::read(const DeviceHandle& disk, quint32 sectorSize)
         e.mbrType = typeForBootKind(kind);
         e.typeName = PartitionTypeNames::mbr(e.mbrType);
         layout.entries.append(e);
+        nameFileSystems(disk, &layout);
         return layout;
     }
-    if (!hasBootSignature(sector0))
+    if (!hasBootSignature(sector0)) {
+        // Neither a table nor a boot sector: a card or stick whose first
+        // sectors are wiped. It stays choosable as one volume, so a format
+        // recovery can still carve it.
+        layout.style = DriveLayout::Raw;
+        PartitionEntry e;
+        e.length = disk.length();
+        e.partitionNumber = 1;
+        e.mbrType = PartitionType::Other;
+        layout.entries.append(e);
         return layout;
+    }
     readMbr(disk, sector0, sectorSize, &layout);
+    nameFileSystems(disk, &layout);
     return layout;
 }
 

@@ -15,6 +15,12 @@ public:
     static BootKind bootKind(const DeviceHandle& volume);
     static BootKind bootKindOf(const QByteArray& sector);
 
+    // The file system's name from the boot sector at the start of a volume
+    // ("FAT16", "exFAT"); empty when it is none the program reads.
+    static QString fileSystemName(const DeviceHandle& volume);
+    // Names the file system of every entry of a layout read from disk.
+    static void nameFileSystems(const DeviceHandle& disk, DriveLayout* layout);
+
     // The type byte a partition without one of its own (GPT, bare volume) gets.
     static quint8 typeForBootKind(BootKind kind);
 

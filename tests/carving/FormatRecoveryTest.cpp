@@ -1,9 +1,11 @@
 // Format recovery on volumes that real tools formatted again over their files:
 // every picture must come back, by an old file record or by its signature.
+#include "carving/BlockAlignment.h"
 #include "fixtures/CliRunner.h"
 #include "fixtures/TestPaths.h"
 
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QSet>
 #include <QStandardPaths>
@@ -54,16 +56,50 @@ TEST(FormatRecovery, QuickFormattedCardsGiveTheSampleFilesBack)
     ASSERT_TRUE(make.waitForFinished(300000) && make.exitCode() == 0) << make.readAllStandardError().toStdString();
     const QStringList originals = QString::fromUtf8(CliRunner::readFile(dir.filePath("originals.txt"))).split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(originals.size(), 36);
-    // FAT32: all but the two XCF pictures and the shell script, which have no end of their own.
-    for (const auto& [card, least] : {std::pair<QString, int>{"fat32-card.img", 33}, {"ntfs-card.img", 36}}) {
-        const QString out = dir.filePath("out-" + card);
+    // How many originals a format recovery of the card gives back byte for byte.
+    const auto sameAsOriginals = [&](const QString& card, const QString& out) {
         const CliResult r = CliRunner::run({"restore", "--mode", "format", "--to", out, dir.filePath(card)});
-        ASSERT_EQ(r.exitCode, 0) << r.errors.toStdString();
+        EXPECT_EQ(r.exitCode, 0) << r.errors.toStdString();
         QSet<QByteArray> found;
         for (const QString& rel : CliRunner::filesBelow(out))
             found.insert(CliRunner::readFile(out + "/" + rel));
-        const int same = int(std::count_if(originals.begin(), originals.end(),
-                                           [&](const QString& f) { return found.contains(CliRunner::readFile(samples + "/" + f)); }));
-        EXPECT_GE(same, least) << card.toStdString();
+        return int(std::count_if(originals.begin(), originals.end(),
+                                 [&](const QString& f) { return found.contains(CliRunner::readFile(samples + "/" + f)); }));
+    };
+    // FAT32: all but the two XCF pictures and the shell script, which have no end of their own.
+    for (const auto& [card, least] : {std::pair<QString, int>{"fat32-card.img", 33}, {"ntfs-card.img", 36}})
+        EXPECT_GE(sameAsOriginals(card, dir.filePath("out-" + card)), least) << card.toStdString();
+
+    // The same cards with their boot sectors wiped (the FAT32 one's backup and
+    // FSInfo too, the NTFS one's copy in its last sector): no file system is
+    // left to read, and carving the whole volume still gives the files back.
+    for (const auto& [card, least] : {std::pair<QString, int>{"fat32-card.img", 33}, {"ntfs-card.img", 33}}) {
+        QFile f(dir.filePath(card));
+        ASSERT_TRUE(f.open(QIODevice::ReadWrite));
+        const bool fat = card.startsWith(QLatin1String("fat"));
+        ASSERT_TRUE(f.write(QByteArray(fat ? 32 * 512 : 512, '\0')) > 0);
+        ASSERT_TRUE(f.seek(f.size() - 512) && f.write(QByteArray(512, '\0')) == 512);
+        f.close();
+        EXPECT_GE(sameAsOriginals(card, dir.filePath("raw-" + card)), least) << "wiped " << card.toStdString();
+    }
+}
+
+TEST(FormatRecovery, BlockSizeFollowsTheHeadersMostAgreeOn)
+{
+    struct Case {
+        const char* why;
+        QList<quint64> headers;
+        BlockAlignment want;
+    };
+    const Case cases[] = {
+        {"4 KiB clusters behind a 2 KiB data offset", {2048, 2048 + 4096, 2048 + 3 * 4096, 2048 + 10 * 4096}, {4096, 2048}},
+        {"32 KiB clusters, one stray match", {0, 32768, 5 * 32768, 9 * 32768, 9 * 32768 + 1536}, {32768, 0}},
+        {"too few to tell", {4096, 8192}, {512, 0}},
+        {"no agreement beyond sectors", {512, 1024, 1536, 2048, 2560, 3072}, {512, 0}},
+    };
+    for (const Case& c : cases) {
+        const BlockAlignment got = BlockAlignment::fromHeaders(c.headers);
+        EXPECT_EQ(got.blockBytes, c.want.blockBytes) << c.why;
+        EXPECT_EQ(got.offset, c.want.offset) << c.why;
     }
 }

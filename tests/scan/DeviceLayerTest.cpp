@@ -35,7 +35,8 @@ TEST(DeviceLayer, LettersGoFromCAcrossDisksInLayoutOrder)
     EXPECT_EQ(layer.listDisks(), QList<int>({0, 1, 2}));
     EXPECT_EQ(layer.lettersOfDisk(0), QList<QChar>({'C', 'D'}));
     EXPECT_EQ(layer.lettersOfDisk(1), QList<QChar>({'E'}));
-    EXPECT_TRUE(layer.lettersOfDisk(2).isEmpty());
+    // A blank disk is one volume to carve, with a letter of its own.
+    EXPECT_EQ(layer.lettersOfDisk(2), QList<QChar>({'F'}));
 
     struct Case {
         QChar letter;
@@ -51,9 +52,9 @@ TEST(DeviceLayer, LettersGoFromCAcrossDisksInLayoutOrder)
         EXPECT_EQ(layer.partitionOfLetter(c.letter)->partitionNumber, c.partition);
         EXPECT_EQ(layer.partitionTypeOfLetter(c.letter), c.type);
     }
-    EXPECT_EQ(layer.deviceNumberOfLetter('F'), -1);
+    EXPECT_EQ(layer.deviceNumberOfLetter('G'), -1);
     int error = 0;
-    EXPECT_FALSE(layer.openVolume('F', &error).isValid());
+    EXPECT_FALSE(layer.openVolume('G', &error).isValid());
     EXPECT_NE(error, 0);
 }
 

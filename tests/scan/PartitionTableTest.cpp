@@ -101,8 +101,12 @@ TEST(PartitionTable, EntriesAreClippedToTheDisk)
     expectEntries(layoutOf(b), {{1, 1024, kMiB / 512 - 1024, 0x07}});
 }
 
-TEST(PartitionTable, BlankOrShortDiskHasNoLayout)
+TEST(PartitionTable, BlankDiskIsOneVolumeAndShortOneHasNoLayout)
 {
-    EXPECT_TRUE(layoutOf(DiskImageBuilder(kMiB)).entries.isEmpty());
+    const DriveLayout blank = layoutOf(DiskImageBuilder(kMiB));
+    ASSERT_EQ(blank.entries.size(), 1);
+    EXPECT_EQ(blank.style, DriveLayout::Raw);
+    EXPECT_EQ(blank.entries.first().length, kMiB);
+    EXPECT_TRUE(blank.entries.first().fileSystem.isEmpty());
     EXPECT_TRUE(layoutOf(DiskImageBuilder(100)).entries.isEmpty());
 }

@@ -17,14 +17,14 @@ protected:
     QList<DiskInfo> discover() override { return disks; }
 };
 
-// Each row as "text 0 | text 1 | partition key | disk number".
+// Each row as "text 0 | text 1 | file system | partition key | disk number".
 QStringList rowsOf(const QTreeWidget& tree)
 {
     QStringList rows;
     for (int i = 0; i < tree.topLevelItemCount(); ++i) {
         const QTreeWidgetItem* item = tree.topLevelItem(i);
-        rows.append(QStringLiteral("%1|%2|%3|%4")
-                        .arg(item->text(0), item->text(1), item->data(0, Qt::UserRole).toString())
+        rows.append(QStringLiteral("%1|%2|%3|%4|%5")
+                        .arg(item->text(0), item->text(1), item->text(2), item->data(0, Qt::UserRole).toString())
                         .arg(item->data(1, Qt::UserRole).toInt()));
     }
     return rows;
@@ -57,12 +57,12 @@ void TestDeviceRows::mbrDiskAndBareVolume()
     DeviceTreeRows::setupTree(&tree);
     DeviceTreeRows::fill(&tree, DeviceLayer::instance());
     QCOMPARE(rowsOf(tree), QStringList({
-                               "disk.img|0.01 GB||0",
-                               "        (C:/) [no label]|1.00 MB|0|C|0",
-                               "        (no name:/) [no label]|1.50 MB|1|@|0",
-                               "        (D:/) [no label]|0.50 MB|2|D|0",
-                               "volume.img|0.00 GB||1",
-                               "        (E:/) [no label]|2.00 MB|0|E|1",
+                               "disk.img|0.01 GB|||0",
+                               "        (C:/) [no label]|1.00 MB|未知|0|C|0",
+                               "        (no name:/) [no label]|1.50 MB|未知|1|@|0",
+                               "        (D:/) [no label]|0.50 MB|FAT32|2|D|0",
+                               "volume.img|0.00 GB|||1",
+                               "        (E:/) [no label]|2.00 MB|NTFS|0|E|1",
                            }));
     QVERIFY(!(tree.topLevelItem(0)->flags() & Qt::ItemIsSelectable));
 }

@@ -87,12 +87,13 @@ void TestResultLists::fileListRowsAndSorting()
     addFile(&folder, QStringLiteral("B.txt"), 1536, 0);
     addFile(&folder, QStringLiteral("d.bin"), 0, 0);
     QTreeWidget list;
-    list.setColumnCount(3);
+    list.setColumnCount(FileListRows::ColumnCount);
     FileListRows::fill(&list, &folder, {});
     // Filled in name order, whatever the case.
     QCOMPARE(column(list, 1), QStringList({QStringLiteral("2015-03-01 08:30:05"), QStringLiteral("未知时间"),
                                            QStringLiteral("2014-06-02 23:00:00"), QStringLiteral("未知时间")}));
     QCOMPARE(column(list, 2), QStringList({"10.0 GB", "1.5 KB", "20.0 KB", "0 B"}));
+    QCOMPARE(column(list, FileListRows::StatusColumn), QStringList(4, QStringLiteral("已删除")));
     QCOMPARE(list.topLevelItem(2)->checkState(0), Qt::Checked);
     const RowRef ref = RowRef::of(list.topLevelItem(2));
     QVERIFY(ref.file == c && ref.folder == &folder && ref.partIndex == 3);

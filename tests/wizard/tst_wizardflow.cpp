@@ -118,6 +118,7 @@ private slots:
     void modeButtonResetsTheValuesNotThePages();
     void imageOpenedAtRunTime();
     void unrecognisedTypeStartsNothing();
+    void unrecognisedVolumeIsCarvedInFormatRecovery();
     void pauseResumeAndStop();
     void scanToRestore_data();
     void scanToRestore();
@@ -357,15 +358,28 @@ void TestWizardFlow::imageOpenedAtRunTime()
 
 void TestWizardFlow::unrecognisedTypeStartsNothing()
 {
+    // File recovery: with no file system there is nothing to read.
+    enterMode(1);
+    chooseRow(QStringLiteral("(E:/) [no label]"));
+    next(window->step1());
+    next(window->step2());
+    QCOMPARE(messages->texts, QStringList({QStringLiteral("无法识别的文件系统。")}));
+    QVERIFY(!window->step3()->nextButton->isEnabled());
+    // A way back: Prev leaves Step 3.
+    QVERIFY(window->step3()->prevButton->isEnabled());
+    window->step3()->prevButton->click();
+    QVERIFY(!window->step3()->isVisible());
+}
+
+// Format recovery carves what no file system describes: the scan runs.
+void TestWizardFlow::unrecognisedVolumeIsCarvedInFormatRecovery()
+{
     enterMode(2);
     chooseRow(QStringLiteral("(E:/) [no label]"));
     next(window->step1());
-    QCOMPARE(messages->texts, QStringList({QStringLiteral("无法识别的文件系统。")}));
-    QVERIFY(!window->step3()->nextButton->isEnabled());
-    // A way back: Prev leads to Step 1 again.
-    QVERIFY(window->step3()->prevButton->isEnabled());
-    window->step3()->prevButton->click();
-    QVERIFY(window->step1()->isVisible());
+    waitForScan();
+    QVERIFY(!messages->texts.contains(QStringLiteral("无法识别的文件系统。")));
+    QVERIFY(!messages->texts.isEmpty() && messages->texts.last().startsWith(QStringLiteral("扫描完成")));
 }
 
 // The buttons reach the scanner once its run has begun (it resets the state
