@@ -1,4 +1,5 @@
 #include "WizardTestKit.h"
+#include "imaging/SmallVolumes.h"
 #include "imaging/DiskImageBuilder.h"
 #include "imaging/Fat32ImageBuilder.h"
 #include "scan/device/ImageDeviceLayer.h"
@@ -251,8 +252,10 @@ void TestHonestWizard::screenshots()
         QCoreApplication::processEvents();
         QVERIFY(window->grab().save(dir + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".png")));
     };
+    // A card with deleted files beside the test disk: rows 2 and 3.
+    layer.addImageData(QStringLiteral("Camera card"), SmallVolumes::disk());
     click(window->mainPage()->modeButtons().at(0));
-    clickRow(1);
+    clickRow(3);
     save("step1");
     click(window->step1()->nextButton);
     save("step2");
