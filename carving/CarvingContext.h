@@ -59,4 +59,12 @@ struct CarvingRegion {
     quint64 endBlock = 0;     // blocks from here on are not walked
     // Whether the block may hold a carved file's bytes; empty: every block.
     std::function<bool(quint64 block)> free;
+    // Shown each free block in ascending order, with the bytes at hand from its
+    // start, before a header is looked for there: true when the file system
+    // takes the block for what it found in free space, and no carved file starts
+    // in it. Empty: none is taken.
+    using ClaimFn = std::function<bool(quint64 block, const uchar* head, size_t bytes)>;
+    ClaimFn claims;
+    // Whether headers are looked for; without, the walk only shows the blocks to claims.
+    bool carve = true;
 };

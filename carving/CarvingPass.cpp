@@ -18,9 +18,10 @@ constexpr int kBitsPerByte = 8;
 } // namespace
 
 CarvingPass::CarvingPass(const CarvingContext& context, const CarvingRegion& region, bool ntfs, const RecordFn& record)
-    : m_context(context), m_region(region), m_kinds(CarveKinds::all()), m_record(record),
-      m_folders(context.root, context.partIndex, ntfs)
+    : m_context(context), m_region(region), m_kinds(CarveKinds::all()), m_record(record)
 {
+    if (region.carve)
+        m_folders.emplace(context.root, context.partIndex, ntfs);
 }
 
 bool CarvingPass::contextUsable(const CarvingContext& context)
@@ -74,7 +75,8 @@ bool CarvingPass::runNtfs(const CarvingContext& context, const NtfsCarvingGeomet
     });
 }
 
-bool CarvingPass::runFat32(const CarvingContext& context, const Fat32CarvingGeometry& geometry)
+bool CarvingPass::runFat32(const CarvingContext& context, const Fat32CarvingGeometry& geometry,
+                           const CarvingRegion::ClaimFn& claims, bool carve)
 {
     CarvingRegion region;
     region.blockBytes = geometry.clusterBytes;
@@ -82,6 +84,8 @@ bool CarvingPass::runFat32(const CarvingContext& context, const Fat32CarvingGeom
     region.firstOffset = geometry.dataOffset;
     region.endBlock = qMin(geometry.fatBytes / kFatEntryBytes, kFat32ClusterLimit);
     region.free = geometry.clusterFree;
+    region.claims = claims;
+    region.carve = carve;
     return run(context, region, false, [](const Found& found) {
         auto* file = new Fat32File;
         file->firstCluster = quint32(found.firstBlock);
@@ -106,7 +110,9 @@ bool CarvingPass::walk()
         ++*m_context.runningNumber;
         size_t bytes = 0;
         const uchar* head = isFree(b) ? window.block(b, &bytes) : nullptr;
-        const quint64 covered = head ? carve(head, bytes, b) : 0;
+        if (head && m_region.claims && m_region.claims(b, head, bytes))
+            continue;
+        const quint64 covered = head && m_region.carve ? carve(head, bytes, b) : 0;
         if (covered > 1) {
             // The blocks of the found file are not looked at again.
             b += covered - 1;
@@ -181,11 +187,11 @@ void CarvingPass::file(const CarveEnd& end, quint64 block, quint64 blocks, const
     if (m_context.accepts && !m_context.accepts(QLatin1Char('.') + extension))
         return;
     FoundFile* record = m_record({block, blocks});
-    record->name = m_folders.takeName(extension, end.stem, *m_context.runningNumber);
+    record->name = m_folders->takeName(extension, end.stem, *m_context.runningNumber);
     record->modifiedMsecs = end.modifiedMsecs;
     record->size = end.length;
     record->cut = end.cut;
-    m_folders.file(extension, record);
+    m_folders->file(extension, record);
     ++*m_context.results;
     *m_context.totalSize = checked::addSat(*m_context.totalSize, end.length);
 }

@@ -2,6 +2,8 @@
 #include "carving/CarvedFolders.h"
 #include "carving/CarvingContext.h"
 
+#include <optional>
+
 class CarveKinds;
 struct CarveEnd;
 struct FoundFile;
@@ -16,7 +18,9 @@ public:
     // Both return false when a check point said stop, true when the walk ended
     // normally. What was found up to a stop stays filed and counted.
     static bool runNtfs(const CarvingContext& context, const NtfsCarvingGeometry& geometry);
-    static bool runFat32(const CarvingContext& context, const Fat32CarvingGeometry& geometry);
+    // claims and carve: as in CarvingRegion.
+    static bool runFat32(const CarvingContext& context, const Fat32CarvingGeometry& geometry,
+                         const CarvingRegion::ClaimFn& claims = {}, bool carve = true);
 
     // A found file, in the blocks from its first on.
     struct Found {
@@ -52,6 +56,6 @@ private:
     const CarvingRegion& m_region;
     const CarveKinds& m_kinds;
     RecordFn m_record;
-    CarvedFolders m_folders;
+    std::optional<CarvedFolders> m_folders; // made only when the walk carves
     int m_checkCounter = 1;
 };

@@ -43,3 +43,11 @@ void Fat32Table::visitFileClusters(quint32 first, quint64 needed, const std::fun
             return;
     }
 }
+
+quint32 Fat32Table::nextFree(quint32 after) const
+{
+    for (quint64 c = quint64(after) + 1; c < m_entries.size(); ++c)
+        if (isFree(c))
+            return quint32(c);
+    return 0;
+}

@@ -25,6 +25,9 @@ public:
     // A data cluster that no chain holds (the top four bits of an entry are reserved).
     bool isFree(quint64 c) const { return isDataCluster(c) && (m_entries[c] & 0x0FFFFFFF) == 0; }
 
+    // The first cluster behind after that no chain holds, or 0 when none is left.
+    quint32 nextFree(quint32 after) const;
+
     // The clusters of a chain from its first one, in order.
     QList<uint> chain(quint32 start) const;
 

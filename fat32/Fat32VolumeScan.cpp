@@ -1,6 +1,7 @@
 #include "fat32/Fat32VolumeScan.h"
 #include "carving/CarvingPass.h"
 #include "fat32/Fat32DirEntry.h"
+#include "fat32/FatDirectoryCheck.h"
 #include "fat32/Fat32LongName.h"
 #include "fat32/Fat32Table.h"
 #include "fat32/FatEntryDecoder.h"
@@ -16,17 +17,27 @@
 
 namespace {
 const char kBootSectorWhere[] = "Fat32VolumeScan::parseBootSector";
+const char kCarvedFolder[] = "额外文件";
+
+// A folder found in free space whose own entry is gone is called after its first cluster.
+QString madeFolderName(quint32 cluster) { return QStringLiteral("DIR%1").arg(cluster); }
 } // namespace
 
 // What one directory walk carries from directory to directory.
 struct Fat32VolumeScan::Walk {
     ScanTotals& totals;
     QQueue<Directory> queue;
-    QSet<quint32> clustersRead; // no directory cluster is read twice: chains can loop or merge
     Fat32LongName pending;       // not emptied between directories, as the slots belong to no one
     QByteArray buffer;          // one cluster
     bool stop = false;
+    bool ended = false;          // the directory being read met its end mark
+    quint32 lastRead = 0;        // its last cluster whose entries were read
 };
+
+Fat32VolumeScan::Walk Fat32VolumeScan::newWalk(ScanTotals& totals) const
+{
+    return Walk{totals, {}, {}, QByteArray(int(boot.clusterBytes), '\0'), false, false, 0};
+}
 
 Fat32VolumeScan::Fat32VolumeScan(const QString& name, QObject* parent) : VolumeScan(name, parent)
 {
@@ -114,8 +125,48 @@ bool Fat32VolumeScan::scanMetadata(ScanTotals& totals)
 {
     rootFolder->ntfs = false;
     table();
-    Walk walk{totals, {}, {}, {}, QByteArray(int(boot.clusterBytes), '\0'), false};
-    walk.queue.enqueue(Directory{{}, boot.rootCluster, false, true, rootFolder});
+    m_orphans.reset();
+    Walk walk = newWalk(totals);
+    Directory root;
+    root.firstCluster = boot.rootCluster;
+    root.root = true;
+    root.folder = rootFolder;
+    walk.queue.enqueue(root);
+    if (!drain(walk))
+        return false;
+    m_search = std::make_unique<FatFolderSearch>(searchGeometry(), m_clustersRead);
+    if (doExtra)
+        return true; // the carving pass walks the free clusters and searches them on the way
+    return walkFreeClusters(carvingContext(totals), false) && fileFoundFolders(totals);
+}
+
+void Fat32VolumeScan::scanFinished()
+{
+    m_clustersRead.clear();
+    m_folderPaths.clear();
+    m_search.reset();
+    m_carvedStarts.clear();
+    m_open.clear();
+}
+
+bool Fat32VolumeScan::readCluster(quint32 cluster, uchar* buffer)
+{
+    uint64_t offset = 0;
+    return clusterOffset(cluster, &offset) && readVolume(buffer, boot.clusterBytes, offset) == qint64(boot.clusterBytes);
+}
+
+FatFolderSearch::Geometry Fat32VolumeScan::searchGeometry()
+{
+    FatFolderSearch::Geometry g;
+    g.clusterBytes = boot.clusterBytes;
+    g.clusterCount = table().entryCount();
+    g.read = [this](quint32 cluster, uchar* buffer) { return readCluster(cluster, buffer); };
+    g.nextFree = [this](quint32 after) { return table().nextFree(after); };
+    return g;
+}
+
+bool Fat32VolumeScan::drain(Walk& walk)
+{
     while (!walk.queue.isEmpty() && !walk.stop) {
         Directory dir = walk.queue.dequeue();
         readDirectory(walk, dir);
@@ -129,29 +180,49 @@ void Fat32VolumeScan::readDirectory(Walk& walk, Directory& dir)
         readFixedRoot(walk, dir);
         return;
     }
-    if (walk.clustersRead.contains(dir.firstCluster))
+    if (m_clustersRead.contains(dir.firstCluster))
         return;
+    walk.ended = false;
+    walk.lastRead = 0;
     const QList<uint> chain = table().chain(dir.firstCluster);
-    uchar* data = reinterpret_cast<uchar*>(walk.buffer.data());
-    for (int i = 0; i < chain.size() && !walk.stop; ++i) {
-        const quint32 cluster = chain[i];
-        if (walk.clustersRead.contains(cluster))
-            continue;
-        walk.clustersRead.insert(cluster);
-        uint64_t offset = 0;
-        const qint64 got = clusterOffset(cluster, &offset) ? readVolume(data, boot.clusterBytes, offset) : -1;
-        const bool first = i == 0;
-        if (got <= 0) {
-            // Without its first cluster a subdirectory can't be told from other data.
-            if (first && !dir.root)
-                return;
-            continue;
-        }
-        if (first && !dir.root && !Fat32DirEntry::startsWithDotEntries(data, size_t(got)))
+    for (int i = 0; i < chain.size() && !walk.stop; ++i)
+        if (!readChainCluster(walk, dir, chain[i], i == 0))
             return;
-        if (!readEntries(walk, dir, data, got))
-            return;
-    }
+    // A delete clears the chain: the folder's later clusters are the free ones behind, while they hold entries.
+    if (!dir.deleted || walk.stop || chain.isEmpty())
+        return;
+    auto* data = reinterpret_cast<uchar*>(walk.buffer.data());
+    FatFolderSearch::visitFolderTail(searchGeometry(), chain.last(), quint64(chain.size()), data, [&](quint32 cluster) {
+        if (m_clustersRead.contains(cluster))
+            return false;
+        m_clustersRead.insert(cluster);
+        walk.lastRead = cluster;
+        return readEntries(walk, dir, data, boot.clusterBytes);
+    });
+    if (!walk.ended && !walk.stop && walk.lastRead)
+        m_open[walk.lastRead] = OpenFolder{dir, walk.pending};
+}
+
+// False when the directory ends here: its end mark, a stop, or a first cluster
+// that isn't a directory's.
+bool Fat32VolumeScan::readChainCluster(Walk& walk, Directory& dir, quint32 cluster, bool first)
+{
+    if (m_clustersRead.contains(cluster))
+        return true;
+    m_clustersRead.insert(cluster);
+    auto* data = reinterpret_cast<uchar*>(walk.buffer.data());
+    uint64_t offset = 0;
+    const qint64 got = clusterOffset(cluster, &offset) ? readVolume(data, boot.clusterBytes, offset) : -1;
+    const bool checked = first && !dir.root && !dir.lone;
+    // Without its first cluster a subdirectory can't be told from other data.
+    if (got <= 0)
+        return !(first && !dir.root);
+    if (checked && !Fat32DirEntry::startsWithDotEntries(data, size_t(got)))
+        return false;
+    if (first)
+        m_folderPaths.insert(cluster, dir.path);
+    walk.lastRead = cluster;
+    return readEntries(walk, dir, data, got);
 }
 
 // FAT12 and FAT16 keep the root in a region of its own between the FATs and cluster 2.
@@ -169,8 +240,10 @@ bool Fat32VolumeScan::readEntries(Walk& walk, Directory& dir, const uchar* data,
     for (qint64 at = 0; at + Fat32DirEntry::kBytes <= bytes; at += Fat32DirEntry::kBytes) {
         const uchar* raw = data + at;
         const Fat32DirEntry entry = Fat32DirEntry::decode(raw);
-        if (entry.isEnd())
+        if (entry.isEnd()) {
+            walk.ended = true;
             return false;
+        }
         if (entry.isSlot()) {
             walk.pending.add(raw);
         } else {
@@ -193,19 +266,23 @@ void Fat32VolumeScan::takeEntry(Walk& walk, Directory& dir, const Fat32DirEntry&
             fileDeleted(walk, dir, entry, name);
         return;
     }
-    if (entry.isDotEntry() || walk.clustersRead.contains(entry.firstCluster))
+    if (entry.isDotEntry() || m_clustersRead.contains(entry.firstCluster))
         return;
     Directory sub;
     sub.path = dir.path;
     if (!name.isEmpty())
         sub.path.append(name);
     sub.firstCluster = entry.firstCluster;
-    sub.deleted = entry.isDeleted();
+    sub.found = dir.found;
+    sub.deleted = entry.isDeleted() || dir.found;
     walk.queue.enqueue(sub);
 }
 
 void Fat32VolumeScan::fileDeleted(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& name)
 {
+    // Carved before its folder was met: the bytes are listed once.
+    if (m_carvedStarts.contains(entry.firstCluster))
+        return;
     auto* file = new Fat32File;
     file->name = name;
     file->modifiedMsecs = Fat32DirEntry::stampMsecs(entry.date, entry.time);
@@ -230,10 +307,106 @@ FolderNode* Fat32VolumeScan::folderOf(Directory& dir)
 
 void Fat32VolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
+    if (!m_search || !walkFreeClusters(context, true))
+        return;
+    noteCarvedStarts();
+    ScanTotals totals{*context.runningNumber, *context.results, *context.totalSize};
+    fileFoundFolders(totals);
+    *context.runningNumber = totals.position;
+    *context.results = totals.results;
+    *context.totalSize = totals.totalSize;
+}
+
+bool Fat32VolumeScan::walkFreeClusters(const CarvingContext& context, bool carve)
+{
     // The pass counts 32-bit entries; a narrow FAT has as many clusters as its
-    // widened table. Clusters in use hold live files, whatever their first bytes look like.
-    CarvingPass::runFat32(context, {boot.clusterBytes, boot.dataOffset, table().byteCount(),
-                                    [this](quint64 cluster) { return table().isFree(cluster); }});
+    // widened table. Clusters in use hold live files, whatever their first bytes
+    // look like; the files the found folders name are theirs.
+    const Fat32CarvingGeometry g{boot.clusterBytes, boot.dataOffset, table().byteCount(), [this](quint64 cluster) {
+                                     return table().isFree(cluster) && !m_search->named(quint32(cluster));
+                                 }};
+    const auto claims = [this](quint64 cluster, const uchar* head, size_t bytes) {
+        return m_search->claims(quint32(cluster), head, bytes);
+    };
+    return CarvingPass::runFat32(context, g, claims, carve);
+}
+
+void Fat32VolumeScan::noteCarvedStarts()
+{
+    QList<const FolderNode*> pending;
+    if (const FolderNode* carved = rootFolder->findChild(QString::fromUtf8(kCarvedFolder)))
+        pending.append(carved);
+    while (!pending.isEmpty()) {
+        const FolderNode* folder = pending.takeLast();
+        for (const FolderNode* child : folder->children)
+            pending.append(child);
+        for (const FoundFile* f : folder->files)
+            if (const auto* file = dynamic_cast<const Fat32File*>(f))
+                m_carvedStarts.insert(file->firstCluster);
+    }
+}
+
+// First the folders whose parent was read: the root (a ".." of 0) or a folder
+// of the tree. Their subfolders are read through them, by their names. Then
+// what is left: below a found parent that doesn't name them, or as orphans.
+bool Fat32VolumeScan::fileFoundFolders(ScanTotals& totals)
+{
+    Walk walk = newWalk(totals);
+    for (bool last : {false, true})
+        for (const FatFolderSearch::FolderStart& start : m_search->folderStarts())
+            if (!fileFoundStart(walk, start, last))
+                return false;
+    for (quint32 cluster : m_search->loneClusters())
+        if (!fileLoneCluster(walk, cluster))
+            return false;
+    return true;
+}
+
+// A folder that grew while files were written into it has its later clusters
+// among theirs: a cluster of entries goes on the nearest deleted folder before
+// it that was still open, else it is an orphan.
+bool Fat32VolumeScan::fileLoneCluster(Walk& walk, quint32 cluster)
+{
+    if (m_clustersRead.contains(cluster))
+        return true;
+    Directory lone;
+    auto open = m_open.lower_bound(cluster);
+    if (open != m_open.begin()) {
+        --open;
+        lone = open->second.dir;
+        walk.pending = open->second.pending;
+        m_open.erase(open);
+    } else {
+        lone.path = QStringList{m_orphans.current(rootFolder, partIndex, false)->name};
+        lone.folder = nullptr;
+    }
+    lone.firstCluster = cluster;
+    lone.deleted = true;
+    lone.lone = true;
+    lone.found = true;
+    walk.queue.enqueue(lone);
+    return drain(walk);
+}
+
+bool Fat32VolumeScan::fileFoundStart(Walk& walk, const FatFolderSearch::FolderStart& start, bool orphanIfUnplaced)
+{
+    if (m_clustersRead.contains(start.cluster))
+        return true;
+    Directory dir;
+    const bool atRoot = start.parent == 0 || start.parent == boot.rootCluster;
+    const auto parent = m_folderPaths.constFind(start.parent);
+    if (atRoot || parent != m_folderPaths.constEnd())
+        dir.path = atRoot ? QStringList() : *parent;
+    else if (orphanIfUnplaced)
+        dir.path = QStringList{m_orphans.current(rootFolder, partIndex, false)->name};
+    else
+        return true;
+    dir.path.append(madeFolderName(start.cluster));
+    dir.firstCluster = start.cluster;
+    dir.deleted = true;
+    dir.found = true;
+    walk.queue.enqueue(dir);
+    return drain(walk);
 }
 
 bool Fat32VolumeScan::hasContent(const FoundFile& found) const

@@ -4,6 +4,7 @@
 #include "ntfs/MftRecordInfo.h"
 #include "ntfs/NtfsGeometry.h"
 #include "ntfs/NtfsVolume.h"
+#include "results/OrphanFolders.h"
 #include "scan/VolumeScan.h"
 
 #include <QByteArray>
@@ -40,8 +41,7 @@ public:
 
     NtfsVolume volume; // opened by the constructor, fixed from then on
     QMap<quint32, DirectoryEntry*> directories;
-    FolderNode* orphanFolder = nullptr;
-    int orphanIndex = 1;
+    OrphanFolders orphans;
     QByteArray clusterBitmap; // first run of $Bitmap during a scan; empty when it can't be read
     quint64 bitmapClusters = 0;
 

@@ -52,6 +52,12 @@ void CheckStates::setDown(FolderNode* folder, int state, Callback cb, void* ctx)
     }
 }
 
+void CheckStates::climbAbove(FolderNode* folder, Callback cb, void* ctx)
+{
+    if (folder)
+        climb(folder->parent, cb, ctx);
+}
+
 void CheckStates::climb(FolderNode* from, Callback cb, void* ctx)
 {
     for (FolderNode* p = from; p && p->parent; p = p->parent) {

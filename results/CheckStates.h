@@ -26,6 +26,8 @@ private:
     using Callback = void (*)(void*, FolderNode*);
     static void setDown(FolderNode* folder, int state, Callback cb, void* ctx);
     static void climb(FolderNode* from, Callback cb, void* ctx);
+    // climb() from the folder's parent: the header sees FolderNode only declared.
+    static void climbAbove(FolderNode* folder, Callback cb, void* ctx);
     static void select(FoundFile* file, bool selected);
 };
 
@@ -34,7 +36,7 @@ void CheckStates::set(FolderNode* folder, int state, Changed changed)
 {
     auto cb = [](void* ctx, FolderNode* f) { (*static_cast<Changed*>(ctx))(f); };
     setDown(folder, state, cb, &changed);
-    climb(folder->parent, cb, &changed);
+    climbAbove(folder, cb, &changed);
 }
 
 template <typename Changed>

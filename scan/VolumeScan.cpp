@@ -87,25 +87,29 @@ void VolumeScan::scan()
     const bool finished = rootFolder && scanMetadata(totals);
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
-    if (doExtra && finished) {
-        CarvingContext c;
-        c.root = rootFolder;
-        c.partIndex = partIndex;
-        c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
-        c.checkPoint = [this] { return checkPoint(); };
-        c.scanOne = [this](int done) { reportProgress(quint32(done)); };
-        c.runningNumber = &totals.position;
-        c.results = &totals.results;
-        c.totalSize = &totals.totalSize;
-        c.listed = listedExtents();
-        c.volumeBytes = volumeBytes();
-        c.accepts = [this](const QString& name) { return filterAccepts(name); };
-        carveFreeBlocks(c);
-    }
+    if (doExtra && finished)
+        carveFreeBlocks(carvingContext(totals));
     scanFinished();
     emit scanDone(totals.results, totals.totalSize);
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
+}
+
+CarvingContext VolumeScan::carvingContext(ScanTotals& totals)
+{
+    CarvingContext c;
+    c.root = rootFolder;
+    c.partIndex = partIndex;
+    c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
+    c.checkPoint = [this] { return checkPoint(); };
+    c.scanOne = [this](int done) { reportProgress(quint32(done)); };
+    c.runningNumber = &totals.position;
+    c.results = &totals.results;
+    c.totalSize = &totals.totalSize;
+    c.listed = listedExtents();
+    c.volumeBytes = volumeBytes();
+    c.accepts = [this](const QString& name) { return filterAccepts(name); };
+    return c;
 }
 
 bool VolumeScan::filterAccepts(const QString& name) const

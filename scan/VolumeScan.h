@@ -90,6 +90,8 @@ protected:
     bool filterAccepts(const QString& name) const;
     // Where the files listed so far lie, merged, in ascending order.
     Extents listedExtents() const;
+    // What the carving pass needs of this scanner, its counters in totals.
+    CarvingContext carvingContext(ScanTotals& totals);
     // Frees the tree below rootFolder under the tree's write lock.
     virtual void freeTree();
 

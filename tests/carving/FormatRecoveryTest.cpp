@@ -69,6 +69,26 @@ TEST(FormatRecovery, QuickFormattedCardsGiveTheSampleFilesBack)
     // FAT32: all but the two XCF pictures and the shell script, which have no end of their own.
     for (const auto& [card, least] : {std::pair<QString, int>{"fat32-card.img", 33}, {"ntfs-card.img", 36}})
         EXPECT_GE(sameAsOriginals(card, dir.filePath("out-" + card)), least) << card.toStdString();
+    // FAT32: the old folders are found and name their files. The new root took
+    // the old one's cluster, so DCIM and Docs are known by their first cluster
+    // only; FAT names compare without case.
+    const QString out = dir.filePath("out-fat32-card.img");
+    QSet<QString> folders;
+    int named = 0;
+    for (const QString& f : originals) {
+        const QString name = f.section('/', -1);
+        const QByteArray content = CliRunner::readFile(samples + "/" + f);
+        for (const QString& rel : CliRunner::filesBelow(out)) {
+            const QStringList parts = rel.split('/');
+            if (parts.size() == 3 && parts[1].startsWith("DIR") && !parts[2].compare(name, Qt::CaseInsensitive)
+                && CliRunner::readFile(out + "/" + rel) == content) {
+                ++named;
+                folders.insert(parts[1] + (f.startsWith("pic") || f.startsWith("movie") ? "DCIM" : "Docs"));
+            }
+        }
+    }
+    EXPECT_GE(named, 34);
+    EXPECT_EQ(folders.size(), 2); // the pictures in one folder, the documents in the other
 
     // The same cards with their boot sectors wiped (the FAT32 one's backup and
     // FSInfo too, the NTFS one's copy in its last sector): no file system is
