@@ -1,28 +1,11 @@
 #include "cli/ProgressLine.h"
 #include "cli/ScanSession.h"
 #include "diskscan/DiskScan.h"
-#include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
-
-#include <QReadLocker>
+#include "results/ResultTree.h"
 
 namespace {
 constexpr int kBarWidth = 30;
 constexpr double kMiB = 1024.0 * 1024.0;
-
-int filesBelow(const FolderNode* root)
-{
-    QReadLocker lock(&ResultTreeLock::lock());
-    int count = 0;
-    QList<const FolderNode*> work{root};
-    while (!work.isEmpty()) {
-        const FolderNode* f = work.takeLast();
-        count += int(f->files.size());
-        for (const FolderNode* c : f->children)
-            work.append(c);
-    }
-    return count;
-}
 } // namespace
 
 ProgressLine::ProgressLine(const ScanSession* session) : m_session(session)
@@ -61,7 +44,7 @@ QString ProgressLine::render() const
     const double rate = elapsed > 0 ? double(bytes) / kMiB / (double(elapsed) / 1000.0) : 0.0;
     const int p = percent();
     QString line = QStringLiteral("%1 %2%  %3 files  %4  %5 MiB/s")
-                       .arg(bar(p, kBarWidth)).arg(p, 3).arg(filesBelow(m_session->root()))
+                       .arg(bar(p, kBarWidth)).arg(p, 3).arg(m_session->tree().files())
                        .arg(duration(elapsed)).arg(rate, 0, 'f', 1);
     if (m_session->currentPartition() >= 0)
         line += QStringLiteral("  partition %1").arg(m_session->currentPartition());

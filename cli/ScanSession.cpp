@@ -18,7 +18,7 @@ constexpr int kTickMsecs = 200;
 ScanSession::ScanSession(PartScan* scanner, const QString& rootName, bool fat32Root)
     : m_nodes(rootName, !fat32Root), m_scanner(scanner)
 {
-    m_scanner->rootFolder = m_nodes.root;
+    m_scanner->rootFolder = m_nodes.root();
     connect(m_scanner, &PartScan::scanBegin, this, [this](int total) {
         m_progressTotal = total;
         emit progress();
@@ -35,9 +35,9 @@ ScanSession::ScanSession(PartScan* scanner, const QString& rootName, bool fat32R
         m_results = results;
         m_totalSize = size;
     });
-    connect(m_scanner, &PartScan::undeleteOne, this, [this](quint64 size) {
-        ++m_restoredFiles;
-        m_restoredBytes += size;
+    connect(m_scanner, &PartScan::undeleteProgress, this, [this](quint64 files, quint64 bytes) {
+        m_restoredFiles += files;
+        m_restoredBytes += bytes;
         emit progress();
     });
 }

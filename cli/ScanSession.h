@@ -1,6 +1,6 @@
 #pragma once
 #include <QObject>
-#include "results/ScanRoot.h"
+#include "results/ResultTree.h"
 
 #include <QString>
 
@@ -28,7 +28,8 @@ public:
     void restore(const QString& dir, bool keepBoth = false);
     void stop();
 
-    FolderNode* root() const { return m_nodes.root; }
+    FolderNode* root() const { return m_nodes.root(); }
+    const ResultTree& tree() const { return m_nodes; }
     quint64 results() const { return m_results; }
     quint64 totalSize() const { return m_totalSize; }
     quint64 restoredFiles() const { return m_restoredFiles; }
@@ -43,7 +44,7 @@ signals:
 
 private:
     void runThread();
-    ScanRoot m_nodes; // declared before the scanner, so it is freed after it
+    ResultTree m_nodes; // declared before the scanner, so it is freed after it
     PartScan* m_scanner;
     quint64 m_results = 0;
     quint64 m_totalSize = 0;

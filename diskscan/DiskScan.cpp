@@ -5,6 +5,7 @@
 #include "fat32/Fat32VolumeScan.h"
 #include "ntfs/NtfsVolumeScan.h"
 #include "results/FolderNode.h"
+#include "results/ResultTree.h"
 #include "scan/CheckedMath.h"
 #include "scan/device/DeviceLayer.h"
 
@@ -38,7 +39,8 @@ DiskScan::~DiskScan()
     stop();
     wait();
     // The visible root and the partition folders below it are freed as one tree.
-    for (PartScan* p : partScans) {
+    const QList<PartScan*> parts = ResultTree::of(rootFolder) ? ResultTree::of(rootFolder)->takeParts() : QList<PartScan*>();
+    for (PartScan* p : parts) {
         p->rootFolder = nullptr;
         delete p;
     }
@@ -80,11 +82,22 @@ qint64 DiskScan::readDisk(void* buffer, quint64 bytes, quint64 position)
     return got;
 }
 
+PartScan* DiskScan::partition(int index) const
+{
+    const ResultTree* tree = ResultTree::of(rootFolder);
+    return tree ? tree->part(index) : nullptr;
+}
+
+int DiskScan::partitionCount() const
+{
+    const ResultTree* tree = ResultTree::of(rootFolder);
+    return tree ? tree->partCount() : 0;
+}
+
 quint64 DiskScan::fileContent(char* buffer, FoundFile* record)
 {
-    if (partIndex < 0 || partIndex >= partScans.size())
-        return 0;
-    return partScans[partIndex]->fileContent(buffer, record);
+    PartScan* scanner = partition(partIndex);
+    return scanner ? scanner->fileContent(buffer, record) : 0;
 }
 
 void DiskScan::setCurrent(PartScan* scanner)
@@ -126,7 +139,8 @@ void DiskScan::run()
 {
     if (!restoreDir.isEmpty()) {
         restoreReport.clear();
-        for (PartScan* p : partScans) {
+        const QList<PartScan*> parts = ResultTree::of(rootFolder) ? ResultTree::of(rootFolder)->parts() : QList<PartScan*>();
+        for (PartScan* p : parts) {
             p->keepBoth = keepBoth;
             p->undelete(restoreDir);
             restoreReport.append(p->restoreReport);
@@ -139,6 +153,12 @@ void DiskScan::run()
 
 void DiskScan::search()
 {
+    // The partition scanners live in the result tree: a root outside one has nowhere to keep them.
+    if (!ResultTree::of(rootFolder)) {
+        qCritical("DiskScan: the root folder is in no result tree");
+        emit scanDone(0, 0);
+        return;
+    }
     const quint64 size = getDiskSize();
     qDebug() << "diskSize=" << size;
     totalResults = 0;
@@ -279,14 +299,15 @@ void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number)
     scanner->handleLock = &m_diskLock;
     scanner->bytesCounter = &bytesRead;
     scanner->partIndex = number;
-    partScans.append(scanner);
     // Added on the partition's own thread before it ends, so the sums are
     // complete when the wait below returns.
     connect(scanner, &PartScan::scanDone, this, &DiskScan::scanDoneSlot, Qt::DirectConnection);
     connect(scanner, &PartScan::scanOne, this, &PartScan::scanOne);
-    connect(scanner, &PartScan::undeleteOne, this, &PartScan::undeleteOne);
+    connect(scanner, &PartScan::undeleteProgress, this, &PartScan::undeleteProgress);
     FolderNode* folder = rootFolder->addChild(name, number, scanner->inherits("NtfsVolumeScan"));
     scanner->rootFolder = folder;
+    // Listed once it is whole: previews read its root folder from here on.
+    ResultTree::of(rootFolder)->addPart(scanner);
     if (scanner->inherits("NtfsVolumeScan"))
         qDebug() << "NAME=" << name;
     setCurrent(scanner);

@@ -28,7 +28,10 @@ public:
     DeviceHandle diskHandle;
     quint64 totalResults = 0;
     quint64 totalSize = 0;
-    QList<PartScan*> partScans; // owned; in the order they were built
+    // The partition scanners built so far, kept in the result tree (owned by
+    // this search); safe to call from any thread while the search runs.
+    PartScan* partition(int index) const;
+    int partitionCount() const;
     // Every volume that opened, scanned or not (a kind without a scanner yet).
     struct FoundVolume {
         VolumeCandidate volume;

@@ -1,6 +1,6 @@
 #include "results/CheckStates.h"
 #include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
+#include "results/ResultTree.h"
 
 #include <QReadLocker>
 
@@ -42,7 +42,7 @@ void CheckStates::setDown(FolderNode* folder, int state, Callback cb, void* ctx)
     while (!work.isEmpty()) {
         FolderNode* f = work.takeLast();
         f->checkState = whole;
-        QReadLocker lock(&ResultTreeLock::lock());
+        QReadLocker lock(ResultTree::lockOf(f));
         for (FoundFile* file : f->files)
             select(file, whole == kChecked);
         for (auto it = f->children.crbegin(); it != f->children.crend(); ++it)
@@ -62,7 +62,7 @@ void CheckStates::climb(FolderNode* from, Callback cb, void* ctx)
 {
     for (FolderNode* p = from; p && p->parent; p = p->parent) {
         {
-            QReadLocker lock(&ResultTreeLock::lock());
+            QReadLocker lock(ResultTree::lockOf(p));
             p->checkState = derivedState(p);
         }
         cb(ctx, p);

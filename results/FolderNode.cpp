@@ -1,5 +1,5 @@
 #include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
+#include "results/ResultTree.h"
 
 #include <QWriteLocker>
 #include <Qt>
@@ -26,10 +26,13 @@ FolderNode* FolderNode::addChild(const QString& childName, int childPartIndex, b
     child->name = childName;
     child->partIndex = childPartIndex;
     child->ntfs = childNtfs;
+    child->tree = tree;
     // What the scan adds later follows a whole choice; a partial one stays as the user made it.
     child->checkState = checkState == Qt::Checked ? Qt::Checked : Qt::Unchecked;
-    QWriteLocker lock(&ResultTreeLock::lock());
+    QWriteLocker lock(ResultTree::lockOf(this));
     children.append(child);
+    if (tree)
+        tree->noteFolder();
     return child;
 }
 
@@ -43,6 +46,8 @@ FolderNode* FolderNode::obtainChild(const QString& childName, int childPartIndex
 void FolderNode::addFile(FoundFile* file)
 {
     file->selected = checkState == Qt::Checked;
-    QWriteLocker lock(&ResultTreeLock::lock());
+    QWriteLocker lock(ResultTree::lockOf(this));
     files.append(file);
+    if (tree)
+        tree->noteFile(file->size);
 }

@@ -4,6 +4,8 @@
 #include <QList>
 #include <QString>
 
+class ResultTree;
+
 // A folder of the result tree. Folders are made while a found file's path is
 // walked; they are appended to and never shrunk while a scan runs.
 struct FolderNode {
@@ -17,16 +19,18 @@ struct FolderNode {
     bool ntfs = true;   // files are NtfsFile (true) or Fat32File (false)
     int checkState = 2; // Qt::CheckState: 0 unchecked, 1 partly, 2 checked
     int partIndex = 0;
+    ResultTree* tree = nullptr; // the scan's tree it hangs in; children inherit it
 
     // The child of exactly that name (case-sensitive), or null. Called on the
     // scan thread, which is the only writer, or under the read lock.
     FolderNode* findChild(const QString& childName) const;
 
-    // Appends a new child under the tree's write lock.
+    // Appends a new child under the tree's write lock, counted in the tree.
     FolderNode* addChild(const QString& childName, int childPartIndex, bool childNtfs);
     // findChild, else addChild.
     FolderNode* obtainChild(const QString& childName, int childPartIndex, bool childNtfs);
-    // Appends a finished record under the tree's write lock; the folder owns it.
+    // Appends a finished record under the tree's write lock, counted in the
+    // tree by its size, which is final by then; the folder owns it.
     void addFile(FoundFile* file);
 
     // Entries directly below: folders plus files.

@@ -15,7 +15,7 @@ Q_DECLARE_METATYPE(FoundFileList)
 // The folders of a result tree for treeStep3; files are not rows. The model
 // never announces new rows: the scan appends on its own thread and the view
 // picks new folders up when it lays a folder out again. Every walk of
-// `children` or `files` holds ResultTreeLock for reading.
+// `children` or `files` holds its ResultTree's lock for reading.
 class TreeModel : public QAbstractItemModel {
     Q_OBJECT
 public:

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 PartScan::PartScan(const QString& name, QObject* parent)
     : QThread(parent), deviceName(name)
@@ -108,7 +109,23 @@ void PartScan::restoreTree(const QString& targetDir, const RestoreWalk::Content&
     QDir().mkpath(targetDir); // a folder the user named but that is not there yet is made
     if (!target.open(targetDir, &error))
         qCritical("cannot open the restore target %s: %s", qUtf8Printable(targetDir), strerror(error));
-    RestoreWalk::run(rootFolder, target, keepBoth, content, &restoreReport, [this](quint64 size) { emit undeleteOne(size); }, filter);
+    // Progress is coalesced: one queued signal per file would flood the window
+    // on a folder of small files.
+    quint64 files = 0;
+    quint64 bytes = 0;
+    QElapsedTimer clock;
+    clock.start();
+    const auto written = [&](quint64 size) {
+        ++files;
+        bytes += size;
+        if (clock.elapsed() < kProgressMsecs)
+            return;
+        clock.restart();
+        emit undeleteProgress(std::exchange(files, 0), std::exchange(bytes, 0));
+    };
+    RestoreWalk::run(rootFolder, target, keepBoth, content, &restoreReport, written, filter);
+    if (files)
+        emit undeleteProgress(files, bytes);
 }
 
 void PartScan::finishRestore()

@@ -4,6 +4,7 @@
 #include "scan/RestoreWalk.h"
 #include "scan/device/DeviceHandle.h"
 
+#include <QElapsedTimer>
 #include <QMutex>
 #include <QString>
 #include <QThread>
@@ -21,6 +22,9 @@ class PartScan : public QThread {
     Q_OBJECT
 public:
     enum RunState { Running = 0, Paused = 1, Stopped = 2 };
+    // Progress signals come at most this often (about 20 a second): a bar
+    // moves no finer, and more would only queue up in the window's loop.
+    static constexpr qint64 kProgressMsecs = 50;
 
     // A one-character name is a drive letter and opens that volume at once.
     explicit PartScan(const QString& deviceName, QObject* parent = nullptr);
@@ -87,7 +91,9 @@ signals:
     void scanBegin(int total);
     void scanOne(int done);
     void scanDone(quint64 results, quint64 totalSize);
-    void undeleteOne(quint64 size);
+    // Files and bytes written since the last report of this restore, at most
+    // ~20 times a second and once more before undeleteDone.
+    void undeleteProgress(quint64 files, quint64 bytes);
     // After a restore: the files written whole, written with zero-filled
     // stretches, and not written (restoreReport says which and why).
     void undeleteDone(quint64 written, quint64 damaged, quint64 failed);
@@ -106,7 +112,7 @@ protected:
     void stopAndWait();
     // The restore of the checked folders below rootFolder into targetDir, each
     // file's content written by content; fills restoreReport and emits
-    // undeleteOne for each file and undeleteDone at the end.
+    // undeleteProgress as it goes (not undeleteDone).
     void restoreTree(const QString& targetDir, const RestoreWalk::Content& content);
     // Emits undeleteDone with restoreReport's counts.
     void finishRestore();

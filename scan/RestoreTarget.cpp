@@ -3,6 +3,7 @@
 #include "scan/device/TargetDir.h"
 
 #include <QFileInfo>
+#include <cerrno>
 #include <cstring>
 
 namespace {
@@ -71,22 +72,28 @@ std::unique_ptr<TargetDir> RestoreTarget::folder(const QStringList& names, Resto
 std::unique_ptr<TargetFile> RestoreTarget::create(const TargetDir& folder, const QString& safeName, bool keepBoth,
                                                   QString* usedName, RestoreFailure* why) const
 {
+    // The create itself tells whether the name is taken (O_EXCL): no look
+    // before it, so a file to a free name costs one call.
     QString name = safeName;
     int error = 0;
-    if (keepBoth) {
-        for (int n = 2; folder.contains(name); ++n) {
-            if (n > kMaxNameNumber) {
-                *why = RestoreFailure::NameRefused;
-                return nullptr;
-            }
-            name = SafeFileName::numbered(safeName, n);
+    std::unique_ptr<TargetFile> file = folder.create(name, &error);
+    for (int n = 2; !file && error == EEXIST && keepBoth; ++n) {
+        if (n > kMaxNameNumber) {
+            *why = RestoreFailure::NameRefused;
+            return nullptr;
         }
-    } else if (folder.contains(name) && !folder.removeEntry(name, &error)) {
-        *why = RestoreReport::failureOfError(error);
-        return nullptr;
+        name = SafeFileName::numbered(safeName, n);
+        file = folder.create(name, &error);
+    }
+    if (!file && error == EEXIST && !keepBoth) {
+        // Replaced: a link is removed, never written through.
+        if (!folder.removeEntry(name, &error)) {
+            *why = RestoreReport::failureOfError(error);
+            return nullptr;
+        }
+        file = folder.create(name, &error);
     }
     *usedName = name;
-    std::unique_ptr<TargetFile> file = folder.create(name, &error);
     if (!file)
         *why = RestoreReport::failureOfError(error);
     return file;

@@ -37,8 +37,9 @@ RestoredFile writeOne(const WalkContext& c, const TargetDir& folder, const QStri
     // Nothing of it could be read: there is nothing to give back.
     if (r.failure == RestoreFailure::None && file->size > 0 && sink.outsideBytes() >= file->size)
         r.failure = RestoreFailure::OutsideDevice;
-    // Cuts the last cluster to length; what no cluster held reads as zeros.
-    if (r.failure == RestoreFailure::None)
+    // Sets the length where the writes stopped short of it (holes, a tail no
+    // cluster held: they read as zeros); a file written to its size is left be.
+    if (r.failure == RestoreFailure::None && out->writtenEnd() != file->size)
         r.failure = RestoreReport::failureOfError(out->resize(file->size));
     if (r.failure != RestoreFailure::None) {
         out.reset();

@@ -1,7 +1,7 @@
 #include "scan/VolumeScan.h"
 #include "carving/CarvingContext.h"
 #include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
+#include "results/ResultTree.h"
 #include "scan/CheckedMath.h"
 #include "scan/RestoreSink.h"
 
@@ -14,8 +14,6 @@ namespace {
 // Units of work between two looks at the pause-and-stop state: often enough
 // for a prompt pause, rarely enough that the lock costs nothing.
 constexpr int kCheckEvery = 1000;
-// A progress bar shows no finer steps; one queued signal per entry would flood the window.
-constexpr qint64 kProgressMsecs = 100;
 // The carving pass has a tenth of the progress scale behind the metadata pass.
 constexpr double kCarvingShare = 1.1;
 } // namespace
@@ -49,7 +47,7 @@ VolumeScan::~VolumeScan()
 
 void VolumeScan::freeTree()
 {
-    QWriteLocker lock(&ResultTreeLock::lock());
+    QWriteLocker lock(ResultTree::lockOf(rootFolder));
     delete rootFolder;
     rootFolder = nullptr;
 }

@@ -4,7 +4,7 @@
 #include "preview/PreviewDialog.h"
 #include "results/Fat32File.h"
 #include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
+#include "results/ResultTree.h"
 #include "wizard/RowRef.h"
 
 #include <QDateTime>
@@ -104,7 +104,7 @@ QString FileListRows::iconPath(const QString& fileName, const QMap<QString, QStr
 
 bool FileListRows::isCarvedFolder(const FolderNode* folder)
 {
-    QReadLocker lock(&ResultTreeLock::lock());
+    QReadLocker lock(ResultTree::lockOf(folder));
     for (const FolderNode* f = folder; f; f = f->parent) {
         if (f->name == kCarvedFolder)
             return true;
@@ -121,7 +121,7 @@ QString FileListRows::statusText(bool carved, const FoundFile& file)
 
 QList<FoundFile*> FileListRows::filesOf(FolderNode* folder, const ResultFilter& filter)
 {
-    QReadLocker lock(&ResultTreeLock::lock());
+    QReadLocker lock(ResultTree::lockOf(folder));
     if (filter.isOpen())
         return folder->files;
     QList<FoundFile*> shown;

@@ -27,7 +27,7 @@
 #include "wizard/ScanClock.h"
 #include "wizard/ScanSummary.h"
 #include "wizard/ImageCheck.h"
-#include "results/ScanRoot.h"
+#include "results/ResultTree.h"
 #include "wizard/SelectionSums.h"
 #include "wizard/ResultBrowser.h"
 #include "wizard/RestorePlan.h"
@@ -750,9 +750,9 @@ void MainWidget::startScan()
         showMessage(opened.unopenable ? opened.problem : tr("无法识别的文件系统。"));
         return;
     }
-    scanRoot = std::make_unique<ScanRoot>(opened.rootName.isEmpty() ? state.diskName : opened.rootName, opened.ntfsTree);
-    scanThread->rootFolder = scanRoot->root;
-    treeModel = new TreeModel(scanRoot->top);
+    scanRoot = std::make_unique<ResultTree>(opened.rootName.isEmpty() ? state.diskName : opened.rootName, opened.ntfsTree);
+    scanThread->rootFolder = scanRoot->root();
+    treeModel = new TreeModel(scanRoot->top());
     browser->setModel(treeModel, scanThread);
 
     scanThread->fileFilter = state.fileFilter;
@@ -761,7 +761,7 @@ void MainWidget::startScan()
     connect(scanThread, &PartScan::scanBegin, this, &MainWidget::scanBegin);
     connect(scanThread, &PartScan::scanOne, this, &MainWidget::scanOne);
     connect(scanThread, &PartScan::scanDone, this, &MainWidget::scanDone);
-    connect(scanThread, &PartScan::undeleteOne, this, &MainWidget::undeleteOne);
+    connect(scanThread, &PartScan::undeleteProgress, this, &MainWidget::undeleteProgress);
     connect(scanThread, &PartScan::undeleteDone, this, &MainWidget::undeleteDone);
     connect(scanThread, &PartScan::diskScanBegin, this, &MainWidget::diskScanBegin);
     connect(scanThread, &PartScan::diskScanEnd, this, &MainWidget::diskScanEnd);
@@ -815,7 +815,7 @@ void MainWidget::scanDone(quint64 results, quint64)
     showScanFigures();
     step3Page->remainingLabel->setText(stopped ? tr("已停止") : QStringLiteral("00:00:00"));
     refreshTree();
-    step3Page->summaryLabel->setText(ScanSummary::of(scanRoot ? scanRoot->root : nullptr).text());
+    step3Page->summaryLabel->setText(ScanSummary::of(scanRoot ? scanRoot->root() : nullptr).text());
     if (scanThread && scanThread->deviceFailed())
         showMessage(tr("设备读取失败"));
     else
@@ -846,7 +846,7 @@ void MainWidget::showScanFigures()
     state.elapsedSeconds = int(clock.elapsedMsecs() / 1000);
     step3Page->elapsedLabel->setText(ScanClock::durationText(clock.elapsedMsecs()));
     step3Page->remainingLabel->setText(ScanClock::durationText(clock.remainingMsecs()));
-    const int found = scanRoot ? ScanSummary::of(scanRoot->root).files : 0;
+    const quint64 found = scanRoot ? scanRoot->files() : 0;
     step3Page->foundLabel->setText(tr("已完成 %1%，已找到 %2 个文件")
                                        .arg(step3Page->scanProgressBar->value())
                                        .arg(found));
@@ -1021,10 +1021,10 @@ bool MainWidget::planRestore(const QString& dir)
     return answer == 0 || answer == 1;
 }
 
-void MainWidget::undeleteOne(quint64 size)
+void MainWidget::undeleteProgress(quint64 files, quint64 bytes)
 {
-    ++restoredCount;
-    restoredBytes += size;
+    restoredCount += int(files);
+    restoredBytes += bytes;
     step4Page->restoredCount->setText(Step4Page::red(QString::number(restoredCount)));
     showSize(step4Page->restoredSize, step4Page->restoredUnit, restoredBytes);
     step4Page->restoreProgressBar->setValue(ScanClock::percent(quint64(restoredCount), state.resultCount));

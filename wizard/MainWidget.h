@@ -14,7 +14,7 @@ class PartScan;
 class QLabel;
 class RestorePlan;
 class ResultBrowser;
-class ScanRoot;
+class ResultTree;
 class TreeModel;
 struct RowRef;
 class QListWidgetItem;
@@ -125,7 +125,7 @@ private slots:
     void browseButtonClicked();
     void chooseDir_clicked();
     void restoreButtonClicked();
-    void undeleteOne(quint64 size);
+    void undeleteProgress(quint64 files, quint64 bytes);
     void undeleteDone();
 
 private:
@@ -174,7 +174,7 @@ private:
     WizardState state;
     quint8 recoveryMode = 0; // 1 file, 2 format, 3 partition recovery
     PartScan* scanThread = nullptr;
-    std::unique_ptr<ScanRoot> scanRoot; // the nodes above scanThread's tree
+    std::unique_ptr<ResultTree> scanRoot; // the nodes above scanThread's tree
     TreeModel* treeModel = nullptr;
     ResultBrowser* browser = nullptr; // Step 3's result half, with the page
     QTimer* scanTimer = nullptr;

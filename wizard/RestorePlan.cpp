@@ -1,6 +1,6 @@
 #include "wizard/RestorePlan.h"
 #include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
+#include "results/ResultTree.h"
 #include "scan/RestoreWalk.h"
 #include "scan/SafeFileName.h"
 
@@ -34,7 +34,7 @@ RestorePlan RestorePlan::of(FolderNode* root, const QString& targetDir, bool kee
     plan.targetDir = targetDir;
     if (!root)
         return plan;
-    QReadLocker lock(&ResultTreeLock::lock());
+    QReadLocker lock(ResultTree::lockOf(root));
     QList<FolderNode*> work{root};
     while (!work.isEmpty()) {
         FolderNode* folder = work.takeLast();

@@ -1,6 +1,6 @@
 #include "wizard/ScanSummary.h"
 #include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
+#include "results/ResultTree.h"
 #include "wizard/SelectionSums.h"
 
 #include <QObject>
@@ -12,7 +12,7 @@ ScanSummary ScanSummary::of(const FolderNode* root)
     ScanSummary summary;
     if (!root)
         return summary;
-    QReadLocker lock(&ResultTreeLock::lock());
+    QReadLocker lock(ResultTree::lockOf(root));
     QList<const FolderNode*> work{root};
     while (!work.isEmpty()) {
         const FolderNode* folder = work.takeLast();

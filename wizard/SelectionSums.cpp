@@ -1,6 +1,6 @@
 #include "wizard/SelectionSums.h"
 #include "results/FolderNode.h"
-#include "results/ResultTreeLock.h"
+#include "results/ResultTree.h"
 
 #include <QReadLocker>
 
@@ -27,7 +27,7 @@ SelectionSums SelectionSums::of(FolderNode* root, const ResultFilter& filter)
     SelectionSums sums;
     if (!root)
         return sums;
-    QReadLocker lock(&ResultTreeLock::lock());
+    QReadLocker lock(ResultTree::lockOf(root));
     QList<FolderNode*> work{root};
     while (!work.isEmpty()) {
         FolderNode* folder = work.takeLast();

@@ -16,6 +16,13 @@ constexpr quint64 kMaxSingleWrite = quint64(1) << 30;
 
 std::atomic<quint64> writeBudget{0};
 std::atomic<quint64> written{0};
+std::atomic<TargetDir::FileOpObserver> fileOpObserver{nullptr};
+
+void observe(TargetDir::FileOp op, int fd)
+{
+    if (const TargetDir::FileOpObserver o = fileOpObserver.load())
+        o(op, fd);
+}
 
 int errorOr(int fallback)
 {
@@ -67,6 +74,7 @@ std::unique_ptr<TargetFile> TargetDir::create(const QString& name, int* error) c
         setError(error, errno);
         return nullptr;
     }
+    observe(FileOp::Create, fd);
     return std::unique_ptr<TargetFile>(new TargetFile(fd));
 }
 
@@ -110,6 +118,11 @@ int TargetDir::probeWritable(const QString& path)
     return ::faccessat(dir->m_fd, ".", W_OK, AT_EACCESS) == 0 ? 0 : errno;
 }
 
+void TargetDir::setFileOpObserverForTests(FileOpObserver observer)
+{
+    fileOpObserver = observer;
+}
+
 void TargetDir::setWriteBudgetForTests(quint64 bytes)
 {
     writeBudget = bytes;
@@ -144,16 +157,19 @@ int TargetFile::write(quint64 offset, const char* data, quint64 bytes)
         done += quint64(w);
         written += quint64(w);
     }
+    m_end = qMax(m_end, offset + bytes);
     return 0;
 }
 
 int TargetFile::resize(quint64 bytes)
 {
+    observe(TargetDir::FileOp::Resize, m_fd);
     return ::ftruncate(m_fd, off_t(bytes)) == 0 ? 0 : errorOr(EIO);
 }
 
 int TargetFile::setModified(qint64 msecs)
 {
+    observe(TargetDir::FileOp::SetDate, m_fd);
     const struct timespec times[2] = {{0, UTIME_OMIT}, {time_t(msecs / 1000), long(msecs % 1000) * 1000000L}};
     return ::futimens(m_fd, times) == 0 ? 0 : errorOr(EIO);
 }

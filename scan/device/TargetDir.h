@@ -38,6 +38,11 @@ public:
     // Tests: the writes of every file together fail with ENOSPC once this many
     // bytes are written (a target that fills up); 0 lifts the limit.
     static void setWriteBudgetForTests(quint64 bytes);
+    // Tests: told of every file made, cut to length or dated, with the file's
+    // descriptor, so a test sees which open each step went through. Null: none.
+    enum class FileOp { Create, Resize, SetDate };
+    using FileOpObserver = void (*)(FileOp op, int fd);
+    static void setFileOpObserverForTests(FileOpObserver observer);
 
 private:
     explicit TargetDir(int fd) : m_fd(fd) {}
@@ -53,6 +58,8 @@ public:
 
     // Writes all of data at offset; errno value or 0.
     int write(quint64 offset, const char* data, quint64 bytes);
+    // The end of the furthest write so far.
+    quint64 writtenEnd() const { return m_end; }
     // Sets the length (holes read as zeros); errno value or 0.
     int resize(quint64 bytes);
     // Sets the modification time on the open file; errno value or 0.
@@ -62,4 +69,5 @@ private:
     friend class TargetDir;
     explicit TargetFile(int fd) : m_fd(fd) {}
     int m_fd;
+    quint64 m_end = 0;
 };

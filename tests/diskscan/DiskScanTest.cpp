@@ -64,9 +64,9 @@ TEST(DiskScan, FindsVolumesBehindAWipedTableAtOddOffsetsAndRestoresThem)
     EXPECT_EQ(s.diskEnds, 2);
     EXPECT_EQ(s.results, 2u);
     const auto* search = static_cast<DiskScan*>(s.scan.get());
-    ASSERT_EQ(search->partScans.size(), 2);
-    EXPECT_EQ(search->partScans[0]->partOffset, ntfsAt);
-    EXPECT_EQ(search->partScans[1]->partOffset, fatAt);
+    ASSERT_EQ(search->partitionCount(), 2);
+    EXPECT_EQ(search->partition(0)->partOffset, ntfsAt);
+    EXPECT_EQ(search->partition(1)->partOffset, fatAt);
 
     // Previews go through the scanner the file's folder names.
     EXPECT_TRUE(s.content("1 FAT32/photo.jpg") == fatFile);

@@ -3,6 +3,7 @@
 // their boot sectors, and again by their backups once every first sector is
 // zeroed; their deleted files restored byte for byte.
 #include "diskscan/DiskScan.h"
+#include "results/ResultTree.h"
 #include "ntfs/NtfsVolumeScan.h"
 #include "scan/device/MemorySource.h"
 #include "fixtures/CliRunner.h"
@@ -86,9 +87,9 @@ TEST(LostVolumes, AllFourFoundByTheirBootSectorsOrTheirBackupsAndRestored)
         SCOPED_TRACE(backups ? "first sectors zeroed" : "intact");
         ImageDeviceLayer layer;
         DeviceLayer::setInstance(&layer);
-        FolderNode top;
+        ResultTree tree("disk.img", true);
         auto scan = std::make_unique<DiskScan>(layer.addImageData("disk.img", backups ? damaged : intact));
-        scan->rootFolder = top.addChild("disk.img", 0, true);
+        scan->rootFolder = tree.root();
         scan->start();
         waitForThread(scan.get());
 
@@ -125,7 +126,6 @@ TEST(LostVolumes, AllFourFoundByTheirBootSectorsOrTheirBackupsAndRestored)
             }
         }
         scan.reset();
-        top.children.clear();
         DeviceLayer::setInstance(nullptr);
     }
 }

@@ -4,6 +4,7 @@
 // every found file is taken, as the window's preview would.
 #include "FuzzSupport.h"
 #include "diskscan/DiskScan.h"
+#include "results/ResultTree.h"
 #include "fat32/Fat32VolumeScan.h"
 #include "ntfs/NtfsVolumeScan.h"
 #include "results/FolderNode.h"
@@ -54,8 +55,9 @@ void searchDisk(const QByteArray& image)
     DeviceLayer::setInstance(&layer);
     const int disk = layer.addImageData(QStringLiteral("fuzz.img"), image);
     {
+        ResultTree tree(QStringLiteral("fuzz.img"), true);
         DiskScan scan(disk);
-        scan.rootFolder = new FolderNode; // the search frees it with the partition folders
+        scan.rootFolder = tree.root(); // the search frees it with the partition folders
         scan.start();
         scan.wait();
     }

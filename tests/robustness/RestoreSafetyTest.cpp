@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 namespace {
+QList<QPair<TargetDir::FileOp, int>> fileOps; // filled on the restore's thread, read after it ended
 const QString kLongName = QString(251, QChar('n')) + QStringLiteral(".txt");
 const QString kLongWide = QString(200, QChar(0x00E9)) + QStringLiteral(".txt"); // 400 UTF-8 bytes
 const QString kHostile[] = {QString(), QStringLiteral(".."), QStringLiteral("."), QStringLiteral("a/b"), QStringLiteral("../../escape"),
@@ -65,7 +66,14 @@ TEST(RestoreSafety, HostileNamesStayInsideTheTarget)
         ASSERT_TRUE(s.run());
         QTemporaryDir root;
         const QString target = root.filePath(QStringLiteral("a/target"));
+        // Each file is made with one open, dated on it, and not cut: its writes reached its size.
+        TargetDir::setFileOpObserverForTests([](TargetDir::FileOp op, int fd) { fileOps.append({op, fd}); });
+        fileOps.clear();
         ASSERT_TRUE(s.restore(target));
+        TargetDir::setFileOpObserverForTests(nullptr);
+        for (qsizetype i = 0; i < fileOps.size(); i += 2)
+            EXPECT_TRUE(fileOps[i].first == TargetDir::FileOp::Create && fileOps.value(i + 1) == qMakePair(TargetDir::FileOp::SetDate, fileOps[i].second));
+        EXPECT_EQ(fileOps.size(), 2 * s.files().size());
 
         const QStringList files = filesBelow(root.path());
         EXPECT_EQ(s.written, s.files().size());

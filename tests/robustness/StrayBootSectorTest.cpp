@@ -54,9 +54,9 @@ TEST(StrayBootSector, SearchPassesOverItAndFindsTheVolumeBehind)
         ScanRun s(disk, Fs::Disk);
         EXPECT_TRUE(s.run());
         const auto* search = static_cast<DiskScan*>(s.scan.get());
-        ASSERT_EQ(search->partScans.size(), 1);
-        EXPECT_TRUE(search->partScans[0]->inherits("Fat32VolumeScan"));
-        EXPECT_EQ(search->partScans[0]->partOffset, SmallVolumes::kDiskVolumeLba * kSector);
+        ASSERT_EQ(search->partitionCount(), 1);
+        EXPECT_TRUE(search->partition(0)->inherits("Fat32VolumeScan"));
+        EXPECT_EQ(search->partition(0)->partOffset, SmallVolumes::kDiskVolumeLba * kSector);
         EXPECT_EQ(search->totalResults, 2u);
     }
 }

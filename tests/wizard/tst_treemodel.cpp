@@ -1,5 +1,6 @@
 #include "results/FolderNode.h"
 #include "results/NtfsFile.h"
+#include "results/ResultTree.h"
 #include "results/TreeModel.h"
 
 #include <QAbstractItemModelTester>
@@ -11,9 +12,8 @@
 namespace {
 // top (invisible) -> C: -> { docs -> { a, b (3 files) } + 1 file, pics -> { c -> { deep } } }
 struct SampleTree {
-    SampleTree()
+    SampleTree() : results(QStringLiteral("C:"), true), top(results.top()), root(results.root())
     {
-        root = top.addChild(QStringLiteral("C:"), 0, true);
         docs = root->addChild(QStringLiteral("docs"), 0, true);
         a = docs->addChild(QStringLiteral("a"), 0, true);
         b = docs->addChild(QStringLiteral("b"), 0, true);
@@ -24,7 +24,9 @@ struct SampleTree {
         c = pics->addChild(QStringLiteral("c"), 0, true);
         deep = c->addChild(QStringLiteral("deep"), 0, true);
     }
-    FolderNode top;
+    ~SampleTree() { delete root; } // a scanner's part: the tree frees its top node only
+    ResultTree results;
+    FolderNode* top;
     FolderNode *root, *docs, *a, *b, *pics, *c, *deep;
     QList<FolderNode*> all() const { return {root, docs, a, b, pics, c, deep}; }
 };
@@ -49,7 +51,7 @@ private:
 void TestTreeModel::init()
 {
     tree = std::make_unique<SampleTree>();
-    model = std::make_unique<TreeModel>(&tree->top);
+    model = std::make_unique<TreeModel>(tree->top);
 }
 
 void TestTreeModel::cleanup()
@@ -60,7 +62,7 @@ void TestTreeModel::cleanup()
 
 QModelIndex TestTreeModel::indexOf(FolderNode* node) const
 {
-    if (node == &tree->top)
+    if (node == tree->top)
         return {};
     return model->index(int(node->parent->children.indexOf(node)), 0, indexOf(node->parent));
 }
@@ -111,7 +113,7 @@ void TestTreeModel::checksCarryDownAndSettleUp()
     for (const QList<QVariant>& args : changed)
         seen.insert(args.at(0).toModelIndex().internalPointer());
     QCOMPARE(seen, want);
-    QCOMPARE(tree->top.checkState, int(Qt::Checked)); // the invisible top never changes
+    QCOMPARE(tree->top->checkState, int(Qt::Checked)); // the invisible top never changes
 }
 
 // A scan thread appending folders and files while the view reads must not

@@ -1,7 +1,0 @@
-#include "results/ResultTreeLock.h"
-
-QReadWriteLock& ResultTreeLock::lock()
-{
-    static QReadWriteLock instance;
-    return instance;
-}
