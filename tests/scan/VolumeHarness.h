@@ -1,9 +1,11 @@
 #pragma once
 #include "fixtures/SignalWaiter.h"
 #include "results/FolderNode.h"
+#include "results/ResultTree.h"
 #include "scan/device/MemorySource.h"
 
 #include <QMap>
+#include <QReadLocker>
 #include <QSignalSpy>
 #include <QStringList>
 #include <functional>
@@ -23,17 +25,18 @@ inline DeviceHandle memoryVolume(const QByteArray& bytes, std::function<bool(qui
 template <class Scanner>
 struct VolumeHarness {
     explicit VolumeHarness(Scanner* scanner, const QString& filter = QStringLiteral("*"))
-        : scan(scanner), begin(scanner, &PartScan::scanBegin), done(scanner, &PartScan::scanDone)
+        : tree(std::make_unique<ResultTree>(scanner->deviceName, true)), scan(scanner),
+          begin(scanner, &PartScan::scanBegin), done(scanner, &PartScan::scanDone)
     {
-        volume = top.addChild(scan->deviceName, 0, true);
+        volume = tree->root();
         scan->rootFolder = volume;
         scan->fileFilter = filter;
     }
-    // The scanner frees the volume folder with its tree; the top node only lets go of it.
+    // The scanner frees the volume folder with its folders; the tree outlives it.
     ~VolumeHarness()
     {
         scan.reset();
-        top.children.clear();
+        tree.reset();
     }
 
     void run()
@@ -54,6 +57,7 @@ struct VolumeHarness {
     QMap<QString, File*> files() const
     {
         QMap<QString, File*> out;
+        QReadLocker lock(tree->lock());
         walk(volume, QString(), [&out](const QString& path, FoundFile* f) { out.insert(path, static_cast<File*>(f)); });
         return out;
     }
@@ -61,6 +65,7 @@ struct VolumeHarness {
     QStringList listing() const
     {
         QStringList out;
+        QReadLocker lock(tree->lock());
         walk(volume, QString(), [&out](const QString& path, FoundFile* f) { out << path + '\t' + QString::number(f->size); });
         return out;
     }
@@ -74,7 +79,7 @@ struct VolumeHarness {
     }
     QByteArray content(const QString& path) const { return content(files().value(path)); }
 
-    FolderNode top;
+    std::unique_ptr<ResultTree> tree; // declared first: it outlives the scanner
     FolderNode* volume = nullptr;
     std::unique_ptr<Scanner> scan;
     QSignalSpy begin, done;
