@@ -6,6 +6,8 @@
 #include <QPushButton>
 #include <QStringList>
 #include <QTimer>
+#include <QTreeWidget>
+#include <QtTest>
 
 // Answers every message box for as long as it lives, keeping their texts in
 // order, so that a slot waiting in exec() goes on: for boxes that come from
@@ -41,4 +43,19 @@ inline QByteArray pngBytes(int width, int height)
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
     return bytes;
+}
+
+// Clicks a button as a user does; a hidden one is a failed step of the flow.
+inline void clickButton(QWidget* button)
+{
+    QVERIFY(button->isVisible());
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+// Clicks a top-level row of a tree in its middle.
+inline void clickTreeRow(QTreeWidget* tree, int row)
+{
+    const QRect rect = tree->visualItemRect(tree->topLevelItem(row));
+    QVERIFY(rect.isValid());
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, rect.center());
 }

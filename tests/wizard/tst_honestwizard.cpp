@@ -81,17 +81,9 @@ void TestHonestWizard::cleanup()
     messages.reset();
 }
 
-void TestHonestWizard::click(QWidget* button)
-{
-    QVERIFY(button->isVisible());
-    QTest::mouseClick(button, Qt::LeftButton);
-}
+void TestHonestWizard::click(QWidget* button) { clickButton(button); }
 
-void TestHonestWizard::clickRow(int row)
-{
-    QTreeWidget* tree = window->step1()->deviceTree;
-    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualItemRect(tree->topLevelItem(row)).center());
-}
+void TestHonestWizard::clickRow(int row) { clickTreeRow(window->step1()->deviceTree, row); }
 
 QString TestHonestWizard::lastMessage()
 {

@@ -177,19 +177,9 @@ void TestWizardFlow::cleanup()
     messages.reset();
 }
 
-void TestWizardFlow::click(QWidget* button)
-{
-    QVERIFY(button->isVisible());
-    QTest::mouseClick(button, Qt::LeftButton);
-}
+void TestWizardFlow::click(QWidget* button) { clickButton(button); }
 
-void TestWizardFlow::clickRow(int row)
-{
-    QTreeWidget* tree = window->step1()->deviceTree;
-    const QRect rect = tree->visualItemRect(tree->topLevelItem(row));
-    QVERIFY(rect.isValid());
-    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, rect.center());
-}
+void TestWizardFlow::clickRow(int row) { clickTreeRow(window->step1()->deviceTree, row); }
 
 void TestWizardFlow::chooseRow(const QString& name)
 {
