@@ -326,6 +326,11 @@ int exitStatus(const PartScan& scanner, bool restore)
         err(QStringLiteral("ostrel-cli: %1\n").arg(QString::fromUtf8(kDeviceFailed)));
         return CliApp::Fatal;
     }
+    // A scan that read zeros in place of unreadable sectors found less than the disk held: say so.
+    const QList<BadRange> bad = scanner.badRanges();
+    if (!bad.isEmpty())
+        err(QStringLiteral("ostrel-cli: %1 bytes in %2 stretches could not be read and were taken as zeros\n")
+                .arg(badBytes(bad)).arg(bad.size()));
     if (restore && scanner.restoreReport.failed() > 0)
         return CliApp::NotRestored;
     return CliApp::Ok;
