@@ -35,6 +35,9 @@ public:
     // True when the block lies at or behind a position where the device
     // reported its end: it and every later block can't be read.
     bool pastEnd(quint64 index) const;
+    // Blocks from index on that the last chunk read already brought in: a walk
+    // paced by its reads has done that much more of its work.
+    quint64 readAhead(quint64 index) const { return index >= m_start && index < m_readEnd ? m_readEnd - index : 0; }
 
 private:
     void load(quint64 index);

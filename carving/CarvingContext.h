@@ -17,8 +17,9 @@ struct CarvingContext {
     std::function<qint64(void* buffer, quint64 bytes, quint64 volumeByteOffset)> read;
     // The scanner's pause-and-stop check: waits while paused, true to stop.
     std::function<bool()> checkPoint;
-    // Progress on FAT32, with the low 32 bits of the running number. May be empty.
-    std::function<void(int done)> scanOne;
+    // Progress of the walk: blocks passed, counting those already read ahead,
+    // of the blocks it walks. May be empty.
+    std::function<void(quint64 done, quint64 total)> scanOne;
     quint64* runningNumber = nullptr;
     quint64* results = nullptr;
     quint64* totalSize = nullptr;

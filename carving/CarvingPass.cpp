@@ -106,7 +106,7 @@ bool CarvingPass::walk()
         if (checkDue())
             return false;
         if (m_context.scanOne)
-            m_context.scanOne(int(quint32(*m_context.runningNumber)));
+            m_context.scanOne(b - m_region.firstBlock + window.readAhead(b), end - m_region.firstBlock);
         ++*m_context.runningNumber;
         size_t bytes = 0;
         const uchar* head = isFree(b) ? window.block(b, &bytes) : nullptr;

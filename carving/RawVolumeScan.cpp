@@ -37,11 +37,7 @@ quint64 RawVolumeScan::progressTotal() const
 void RawVolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
     const BlockAlignment a = m_alignment;
-    CarvingContext c = context;
-    // The pass counts blocks; the scale was set in sectors.
-    const int sectorsPerBlock = int(a.blockBytes >> kSectorShift);
-    if (context.scanOne)
-        c.scanOne = [report = context.scanOne, sectorsPerBlock](int done) { report(int(qMin<qint64>(qint64(done) * sectorsPerBlock, INT_MAX))); };
+    const CarvingContext& c = context;
     CarvingRegion region;
     region.blockBytes = a.blockBytes;
     region.firstOffset = a.offset;

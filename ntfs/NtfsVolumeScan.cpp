@@ -166,6 +166,12 @@ quint64 NtfsVolumeScan::progressTotal() const
     return checked::mulSat(clusters, volume.geometry.clusterBytes) / volume.geometry.recordBytes;
 }
 
+quint64 NtfsVolumeScan::carvingUnits() const
+{
+    // The record pass counts records; the walk reads the volume, a record's size at a time.
+    return volumeBytes() / qMax<quint32>(volume.geometry.recordBytes, 1);
+}
+
 bool NtfsVolumeScan::scanMetadata(ScanTotals& totals)
 {
     mountPoint = deviceName.size() == 1 ? DeviceLayer::instance().mountPointOfLetter(deviceName.at(0)) : QString();

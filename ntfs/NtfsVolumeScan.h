@@ -59,6 +59,7 @@ public:
 protected:
     bool scanMetadata(ScanTotals& totals) override;
     quint64 progressTotal() const override;
+    quint64 carvingUnits() const override;
     // The signature carving pass over the clusters clusterBitmap leaves free.
     void carveFreeBlocks(const CarvingContext& context) override;
     void scanFinished() override;

@@ -2,7 +2,7 @@
 #include "results/FolderNode.h"
 #include "results/ResultTree.h"
 
-#include <QReadLocker>
+#include "results/TreeLock.h"
 
 namespace {
 constexpr int kUnchecked = 0;
@@ -42,12 +42,13 @@ void CheckStates::setDown(FolderNode* folder, int state, Callback cb, void* ctx)
     while (!work.isEmpty()) {
         FolderNode* f = work.takeLast();
         f->checkState = whole;
-        QReadLocker lock(ResultTree::lockOf(f));
-        for (FoundFile* file : f->files)
-            select(file, whole == kChecked);
-        for (auto it = f->children.crbegin(); it != f->children.crend(); ++it)
-            work.append(*it);
-        lock.unlock();
+        {
+            TreeLock::Read lock(ResultTree::lockOf(f));
+            for (FoundFile* file : f->files)
+                select(file, whole == kChecked);
+            for (auto it = f->children.crbegin(); it != f->children.crend(); ++it)
+                work.append(*it);
+        }
         cb(ctx, f);
     }
 }
@@ -62,7 +63,7 @@ void CheckStates::climb(FolderNode* from, Callback cb, void* ctx)
 {
     for (FolderNode* p = from; p && p->parent; p = p->parent) {
         {
-            QReadLocker lock(ResultTree::lockOf(p));
+            TreeLock::Read lock(ResultTree::lockOf(p));
             p->checkState = derivedState(p);
         }
         cb(ctx, p);

@@ -1,7 +1,7 @@
 #include "results/FolderNode.h"
 #include "results/ResultTree.h"
 
-#include <QWriteLocker>
+#include "results/TreeLock.h"
 #include <Qt>
 
 FolderNode::~FolderNode()
@@ -29,7 +29,7 @@ FolderNode* FolderNode::addChild(const QString& childName, int childPartIndex, b
     child->tree = tree;
     // What the scan adds later follows a whole choice; a partial one stays as the user made it.
     child->checkState = checkState == Qt::Checked ? Qt::Checked : Qt::Unchecked;
-    QWriteLocker lock(ResultTree::lockOf(this));
+    TreeLock::Write lock(ResultTree::lockOf(this));
     children.append(child);
     if (tree)
         tree->noteFolder();
@@ -46,7 +46,7 @@ FolderNode* FolderNode::obtainChild(const QString& childName, int childPartIndex
 void FolderNode::addFile(FoundFile* file)
 {
     file->selected = checkState == Qt::Checked;
-    QWriteLocker lock(ResultTree::lockOf(this));
+    TreeLock::Write lock(ResultTree::lockOf(this));
     files.append(file);
     if (tree)
         tree->noteFile(file->size);

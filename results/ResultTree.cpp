@@ -1,8 +1,7 @@
 #include "results/ResultTree.h"
 #include "results/FolderNode.h"
 
-#include <QReadLocker>
-#include <QWriteLocker>
+#include "results/TreeLock.h"
 #include <utility>
 
 ResultTree::ResultTree(const QString& rootName, bool ntfs) : m_top(new FolderNode), m_root(new FolderNode)
@@ -27,7 +26,7 @@ ResultTree* ResultTree::of(const FolderNode* folder)
     return folder ? folder->tree : nullptr;
 }
 
-QReadWriteLock* ResultTree::lockOf(const FolderNode* folder)
+TreeLock* ResultTree::lockOf(const FolderNode* folder)
 {
     ResultTree* tree = of(folder);
     return tree ? &tree->m_lock : nullptr;
@@ -46,30 +45,30 @@ void ResultTree::noteFolder()
 
 void ResultTree::addPart(PartScan* scanner)
 {
-    QWriteLocker lock(&m_lock);
+    TreeLock::Write lock(&m_lock);
     m_parts.append(scanner);
 }
 
 PartScan* ResultTree::part(int index) const
 {
-    QReadLocker lock(&m_lock);
+    TreeLock::Read lock(&m_lock);
     return index >= 0 && index < m_parts.size() ? m_parts.at(index) : nullptr;
 }
 
 int ResultTree::partCount() const
 {
-    QReadLocker lock(&m_lock);
+    TreeLock::Read lock(&m_lock);
     return int(m_parts.size());
 }
 
 QList<PartScan*> ResultTree::parts() const
 {
-    QReadLocker lock(&m_lock);
+    TreeLock::Read lock(&m_lock);
     return m_parts;
 }
 
 QList<PartScan*> ResultTree::takeParts()
 {
-    QWriteLocker lock(&m_lock);
+    TreeLock::Write lock(&m_lock);
     return std::exchange(m_parts, {});
 }

@@ -1,6 +1,6 @@
 #pragma once
 #include <QList>
-#include <QReadWriteLock>
+#include "results/TreeLock.h"
 #include <QString>
 #include <atomic>
 
@@ -27,12 +27,12 @@ public:
 
     FolderNode* top() const { return m_top; }
     FolderNode* root() const { return m_root; }
-    QReadWriteLock* lock() { return &m_lock; }
+    TreeLock* lock() { return &m_lock; }
 
     // The tree a folder hangs in, or null for a folder made on its own (tests).
     static ResultTree* of(const FolderNode* folder);
-    // That tree's lock, or null: QReadLocker and QWriteLocker take null as "no lock".
-    static QReadWriteLock* lockOf(const FolderNode* folder);
+    // That tree's lock, or null: its guards take null as "no lock".
+    static TreeLock* lockOf(const FolderNode* folder);
 
     quint64 files() const { return m_files.load(std::memory_order_relaxed); }
     quint64 bytes() const { return m_bytes.load(std::memory_order_relaxed); }
@@ -51,7 +51,7 @@ public:
     QList<PartScan*> takeParts();
 
 private:
-    mutable QReadWriteLock m_lock;
+    mutable TreeLock m_lock;
     FolderNode* m_top;
     FolderNode* m_root;
     std::atomic<quint64> m_files{0};

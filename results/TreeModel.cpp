@@ -4,7 +4,7 @@
 #include "results/FolderNode.h"
 #include "results/ResultTree.h"
 
-#include <QReadLocker>
+#include "results/TreeLock.h"
 
 TreeModel::TreeModel(FolderNode* top, QObject* parent)
     : QAbstractItemModel(parent), top(top)
@@ -26,7 +26,7 @@ QModelIndex TreeModel::indexOf(FolderNode* node) const
 {
     if (!node || node == top || !node->parent)
         return {};
-    QReadLocker lock(ResultTree::lockOf(node));
+    TreeLock::Read lock(ResultTree::lockOf(node));
     const qsizetype row = node->parent->children.indexOf(node);
     return row < 0 ? QModelIndex() : createIndex(int(row), 0, node);
 }
@@ -36,7 +36,7 @@ QModelIndex TreeModel::index(int row, int column, const QModelIndex& parent) con
     if (!hasIndex(row, column, parent))
         return {};
     FolderNode* node = nodeOf(parent);
-    QReadLocker lock(ResultTree::lockOf(node));
+    TreeLock::Read lock(ResultTree::lockOf(node));
     FolderNode* child = row < node->children.size() ? node->children.at(row) : nullptr;
     return child ? createIndex(row, column, child) : QModelIndex();
 }
@@ -56,7 +56,7 @@ int TreeModel::rowCount(const QModelIndex& parent) const
     if (parent.column() > 0)
         return 0;
     FolderNode* node = nodeOf(parent);
-    QReadLocker lock(ResultTree::lockOf(node));
+    TreeLock::Read lock(ResultTree::lockOf(node));
     return int(node->children.size());
 }
 
@@ -72,7 +72,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const
     FolderNode* node = nodeOf(index);
     switch (role) {
     case Qt::DisplayRole: {
-        QReadLocker lock(ResultTree::lockOf(node));
+        TreeLock::Read lock(ResultTree::lockOf(node));
         return QStringLiteral("%1 (%2)").arg(node->name).arg(shownCount(node));
     }
     case Qt::DecorationRole:
@@ -81,7 +81,7 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const
         return node->checkState;
     case FilesRole: {
         // A copy taken under the lock; the scan's next append detaches from it.
-        QReadLocker lock(ResultTree::lockOf(node));
+        TreeLock::Read lock(ResultTree::lockOf(node));
         return QVariant::fromValue(FoundFileList(node->files));
     }
     default:

@@ -5,7 +5,7 @@
 #include "scan/CheckedMath.h"
 #include "scan/RestoreSink.h"
 
-#include <QWriteLocker>
+#include "results/TreeLock.h"
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -14,8 +14,6 @@ namespace {
 // Units of work between two looks at the pause-and-stop state: often enough
 // for a prompt pause, rarely enough that the lock costs nothing.
 constexpr int kCheckEvery = 1000;
-// The carving pass has a tenth of the progress scale behind the metadata pass.
-constexpr double kCarvingShare = 1.1;
 } // namespace
 
 namespace {
@@ -47,7 +45,7 @@ VolumeScan::~VolumeScan()
 
 void VolumeScan::freeTree()
 {
-    QWriteLocker lock(ResultTree::lockOf(rootFolder));
+    TreeLock::Write lock(ResultTree::lockOf(rootFolder));
     delete rootFolder;
     rootFolder = nullptr;
 }
@@ -79,8 +77,8 @@ void VolumeScan::scan()
         emit scanDone(0, 0);
         return;
     }
-    const double scale = double(progressTotal()) * (doExtra ? kCarvingShare : 1.0);
-    emit scanBegin(int(qMin(scale, double(INT_MAX))));
+    m_progressScale = checked::addSat(progressTotal(), doExtra ? carvingUnits() : 0);
+    emit scanBegin(int(qMin<quint64>(m_progressScale, INT_MAX)));
     m_progressClock.start();
     m_sinceCheck = 0;
     ScanTotals totals;
@@ -102,7 +100,12 @@ CarvingContext VolumeScan::carvingContext(ScanTotals& totals)
     c.partIndex = partIndex;
     c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
     c.checkPoint = [this] { return checkPoint(); };
-    c.scanOne = [this](int done) { reportProgress(quint32(done)); };
+    // The walk takes the rest of the scale, from where the metadata pass ended.
+    const quint64 from = qMin(totals.position, m_progressScale);
+    c.scanOne = [this, from](quint64 done, quint64 total) {
+        const double share = total ? double(qMin(done, total)) / double(total) : 1.0;
+        reportProgress(from + quint64(share * double(m_progressScale - from)));
+    };
     c.runningNumber = &totals.position;
     c.results = &totals.results;
     c.totalSize = &totals.totalSize;

@@ -71,6 +71,10 @@ protected:
     virtual bool scanMetadata(ScanTotals& totals) = 0;
     // The last position the metadata pass reports, for scanBegin's scale.
     virtual quint64 progressTotal() const = 0;
+    // What the carving pass adds to the scale, in the metadata pass's units of
+    // reading: 0 where that pass already counts the blocks carving walks (FAT,
+    // exFAT), so the walk takes what the metadata pass left of the scale.
+    virtual quint64 carvingUnits() const { return 0; }
     // Runs the carving pass (CarvingPass) over the file system's free blocks.
     virtual void carveFreeBlocks(const CarvingContext& context) = 0;
     // After both passes, before scanDone: drops what only the scan needed.
@@ -98,6 +102,7 @@ protected:
     void run() override;
 
 private:
+    quint64 m_progressScale = 0; // what scanBegin announced
     void scan();
     // Writes one file's content for the restore, noting the stretches that read as zeros.
     RestoreFailure writeContent(const FoundFile& file, RestoreSink& sink);

@@ -9,7 +9,7 @@
 
 #include <QDateTime>
 #include <QPixmap>
-#include <QReadLocker>
+#include "results/TreeLock.h"
 #include <QTreeWidget>
 
 namespace {
@@ -104,7 +104,7 @@ QString FileListRows::iconPath(const QString& fileName, const QMap<QString, QStr
 
 bool FileListRows::isCarvedFolder(const FolderNode* folder)
 {
-    QReadLocker lock(ResultTree::lockOf(folder));
+    TreeLock::Read lock(ResultTree::lockOf(folder));
     for (const FolderNode* f = folder; f; f = f->parent) {
         if (f->name == kCarvedFolder)
             return true;
@@ -121,7 +121,7 @@ QString FileListRows::statusText(bool carved, const FoundFile& file)
 
 QList<FoundFile*> FileListRows::filesOf(FolderNode* folder, const ResultFilter& filter)
 {
-    QReadLocker lock(ResultTree::lockOf(folder));
+    TreeLock::Read lock(ResultTree::lockOf(folder));
     if (filter.isOpen())
         return folder->files;
     QList<FoundFile*> shown;

@@ -60,6 +60,8 @@ public:
     Step4Page* step4() const { return step4Page; }
     PartScan* scan() const { return scanThread; }
     QWidget* titleLabel() const;
+    // The scan figures' time source: a test sets one that a paced source advances.
+    void setScanClock(ScanClock::Now now) { clock = ScanClock(std::move(now)); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

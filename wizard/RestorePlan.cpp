@@ -5,7 +5,7 @@
 #include "scan/SafeFileName.h"
 
 #include <QFileInfo>
-#include <QReadLocker>
+#include "results/TreeLock.h"
 
 namespace {
 // Beyond this many numbered copies a name is not predicted (the writer gives up too).
@@ -34,7 +34,7 @@ RestorePlan RestorePlan::of(FolderNode* root, const QString& targetDir, bool kee
     plan.targetDir = targetDir;
     if (!root)
         return plan;
-    QReadLocker lock(ResultTree::lockOf(root));
+    TreeLock::Read lock(ResultTree::lockOf(root));
     QList<FolderNode*> work{root};
     while (!work.isEmpty()) {
         FolderNode* folder = work.takeLast();

@@ -4,7 +4,7 @@
 #include "wizard/SelectionSums.h"
 
 #include <QObject>
-#include <QReadLocker>
+#include "results/TreeLock.h"
 #include <QStringList>
 
 ScanSummary ScanSummary::of(const FolderNode* root)
@@ -12,7 +12,7 @@ ScanSummary ScanSummary::of(const FolderNode* root)
     ScanSummary summary;
     if (!root)
         return summary;
-    QReadLocker lock(ResultTree::lockOf(root));
+    TreeLock::Read lock(ResultTree::lockOf(root));
     QList<const FolderNode*> work{root};
     while (!work.isEmpty()) {
         const FolderNode* folder = work.takeLast();

@@ -2,7 +2,7 @@
 #include "results/FolderNode.h"
 #include "results/ResultTree.h"
 
-#include <QReadLocker>
+#include "results/TreeLock.h"
 
 namespace {
 struct Scaled {
@@ -27,7 +27,7 @@ SelectionSums SelectionSums::of(FolderNode* root, const ResultFilter& filter)
     SelectionSums sums;
     if (!root)
         return sums;
-    QReadLocker lock(ResultTree::lockOf(root));
+    TreeLock::Read lock(ResultTree::lockOf(root));
     QList<FolderNode*> work{root};
     while (!work.isEmpty()) {
         FolderNode* folder = work.takeLast();

@@ -52,9 +52,8 @@ bool ImageDeviceLayer::describeFile(const QString& path, DiskInfo* out, int* err
     return true;
 }
 
-DiskInfo ImageDeviceLayer::describeData(const QString& name, const QByteArray& data)
+DiskInfo ImageDeviceLayer::describeSource(const QString& name, std::shared_ptr<ByteSource> source)
 {
-    auto source = std::make_shared<MemorySource>(data);
     DiskInfo d;
     d.path = name;
     fillCommon(&d, name, source->size(), DeviceHandle(source));
@@ -95,8 +94,13 @@ int ImageDeviceLayer::addImageFile(const QString& path, int* error)
 
 int ImageDeviceLayer::addImageData(const QString& name, const QByteArray& data)
 {
+    return addImageSource(name, std::make_shared<MemorySource>(data));
+}
+
+int ImageDeviceLayer::addImageSource(const QString& name, std::shared_ptr<ByteSource> source)
+{
     ensureDiscovered();
     const int number = listDisks().size();
-    appendDisks({describeData(name, data)});
+    appendDisks({describeSource(name, std::move(source))});
     return number;
 }

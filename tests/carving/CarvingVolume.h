@@ -53,7 +53,7 @@ struct CarvingVolume {
             return qint64(n);
         };
         c.checkPoint = [this] { return ++checks, onCheck && onCheck(); };
-        c.scanOne = [this](int done) { progress.append(done); };
+        c.scanOne = [this](quint64 done, quint64) { progress.append(int(done)); };
         c.runningNumber = &running;
         c.results = &results;
         c.totalSize = &totalSize;

@@ -1,7 +1,9 @@
 #include "PrintQString.h"
 #include "fat32/Fat32VolumeScan.h"
 #include "results/Fat32File.h"
-#include "scan/VolumeHarness.h"
+#include "fixtures/ScanRun.h"
+#include "results/FolderNode.h"
+#include "scan/device/MemorySource.h"
 #include "fixtures/CliRunner.h"
 #include "imaging/Fat32ImageBuilder.h"
 
@@ -27,13 +29,13 @@ Entry named(const char* shortName, const QString& longName = {}, bool deleted = 
 }
 
 // A scanner over the volume "E" in memory, as the wizard sets one up.
-struct ScannedVolume : VolumeHarness<Fat32VolumeScan> {
-    explicit ScannedVolume(const QByteArray& volume, bool doExtra = false, std::function<bool(quint64, quint64)> readable = {})
-        : VolumeHarness(new Fat32VolumeScan(QStringLiteral("E"), memoryVolume(volume, std::move(readable)), 0))
+struct ScannedVolume : ScanRun {
+    explicit ScannedVolume(const QByteArray& volume, bool doExtra = false, ReadFails readable = {})
+        : ScanRun(new Fat32VolumeScan(QStringLiteral("E"), memoryVolume(volume, std::move(readable)), 0), false)
     {
         scan->doExtra = doExtra;
     }
-    Fat32File* file(const QString& path) const { return static_cast<Fat32File*>(files().value(path)); }
+    Fat32VolumeScan* fat() const { return as<Fat32VolumeScan>(); }
 };
 
 QByteArray pattern(const char* tag, int size) { return Fat32ImageBuilder::pattern(QString::fromLatin1(tag), size); }
@@ -143,7 +145,7 @@ TEST(Fat32Scan, ListsDeletedFilesThroughLiveAndDeletedDirectories)
 {
     MixedVolume v;
     ScannedVolume s(v.b.image());
-    s.run();
+    ASSERT_TRUE(s.run());
     const QStringList expected = {
         "Quarterly report.txt\t1500",
         "_EST.TXT\t100",
@@ -160,10 +162,10 @@ TEST(Fat32Scan, ListsDeletedFilesThroughLiveAndDeletedDirectories)
         "LOOP/_.TXT\t10",
     };
     EXPECT_EQ(s.listing(), expected);
-    EXPECT_EQ(s.results(), quint64(expected.size()));
-    EXPECT_EQ(s.totalSize(), 1500u + 100 + 20 + 1400 + 1024 + 600 + 300 + 10 + 10 + 30 + 10);
-    EXPECT_FALSE(s.volume->ntfs);
-    EXPECT_FALSE(s.volume->findChild("Old Photos")->ntfs);
+    EXPECT_EQ(s.results, quint64(expected.size()));
+    EXPECT_EQ(s.totalSize, 1500u + 100 + 20 + 1400 + 1024 + 600 + 300 + 10 + 10 + 30 + 10);
+    EXPECT_FALSE(s.root()->ntfs);
+    EXPECT_FALSE(s.root()->findChild("Old Photos")->ntfs);
 }
 
 // The preview reads through fileContent, the same clusters as the restore.
@@ -171,7 +173,7 @@ TEST(Fat32Scan, PreviewReadsTheListedClusters)
 {
     MixedVolume v;
     ScannedVolume s(v.b.image());
-    s.run();
+    ASSERT_TRUE(s.run());
     EXPECT_EQ(s.content("split.bin"), pattern("split", 1400));
     EXPECT_EQ(s.content("_AIL.BIN").left(512), pattern("tail", 512));
     EXPECT_EQ(s.scan->fileContent(nullptr, s.file("split.bin")), 1400u);
@@ -183,14 +185,14 @@ TEST(Fat32Scan, ProgressIsScaledToTheFat)
     b.addFile(kRoot, named("A.TXT"), pattern("a", 10));
     b.addFile(kRoot, named("LONGNA~1.TXT", QStringLiteral("long name.txt")), pattern("b", 10));
     ScannedVolume s(b.image());
-    s.run();
-    ASSERT_EQ(s.begin.size(), 1);
-    EXPECT_EQ(s.begin.first().at(0).toInt(), 514) << "entries of the FAT: 512 clusters and 2";
+    ASSERT_TRUE(s.run());
+    ASSERT_EQ(s.beginTotals.size(), 1);
+    EXPECT_EQ(s.beginTotals.first(), 514) << "entries of the FAT: 512 clusters and 2";
 
     ScannedVolume deep(b.image(), true);
-    deep.run();
-    EXPECT_EQ(deep.begin.first().at(0).toInt(), int(514 * 1.1));
-    EXPECT_EQ(deep.results(), 2u);
+    ASSERT_TRUE(deep.run());
+    EXPECT_EQ(deep.beginTotals.first(), 514) << "the carving walk goes on over the same clusters";
+    EXPECT_EQ(deep.results, 2u);
 }
 
 TEST(Fat32Scan, AnUnreadableDirectoryClusterIsSkipped)
@@ -202,9 +204,9 @@ TEST(Fat32Scan, AnUnreadableDirectoryClusterIsSkipped)
     b.addFile(good, named("FOUND.TXT"), pattern("found", 10));
     const quint64 badAt = b.clusterOffset(bad);
     ScannedVolume s(b.image(), false, [badAt](quint64 pos, quint64) { return pos != badAt; });
-    s.run();
+    ASSERT_TRUE(s.run());
     EXPECT_EQ(s.listing(), QStringList{"GOOD/_OUND.TXT\t10"});
-    EXPECT_EQ(s.scan->readErrors(), 1u);
+    EXPECT_EQ(s.fat()->readErrors(), 1u);
 }
 
 TEST(Fat32Scan, AStopEndsTheWalkAtTheFirstCheckPoint)
@@ -215,26 +217,23 @@ TEST(Fat32Scan, AStopEndsTheWalkAtTheFirstCheckPoint)
     for (int i = 0; i < 1500; ++i)
         b.addEntry(kRoot, named(QByteArray("F") + QByteArray::number(i)));
     ScannedVolume s(b.image(), true);
-    Fat32VolumeScan* scan = s.scan.get();
+    PartScan* scan = s.scan.get();
     QObject::connect(scan, &PartScan::scanBegin, scan, [scan] { scan->stop(); }, Qt::DirectConnection);
     s.run();
-    EXPECT_EQ(s.results(), 1000u);
-    EXPECT_EQ(s.volume->findChild(QString::fromUtf8("额外文件")), nullptr);
+    EXPECT_EQ(s.results, 1000u);
+    EXPECT_EQ(s.root()->findChild(QString::fromUtf8("额外文件")), nullptr);
 }
 
 TEST(Fat32Restore, WritesCheckedFoldersWithContentAndDates)
 {
     MixedVolume v;
     ScannedVolume s(v.b.image());
-    s.run();
+    ASSERT_TRUE(s.run());
     // Its own files unticked, its subfolders still ticked.
-    for (FoundFile* f : s.volume->findChild("Old Photos")->files)
+    for (FoundFile* f : s.root()->findChild("Old Photos")->files)
         f->selected = false;
     QTemporaryDir target;
-    QSignalSpy one(s.scan.get(), &PartScan::undeleteProgress);
-    QSignalSpy done(s.scan.get(), &PartScan::undeleteDone);
-    s.scan->setRestoreDir(target.path());
-    s.run();
+    ASSERT_TRUE(s.restore(target.path()));
     const QString e = target.path() + "/E/";
     struct Case {
         const char* path;
@@ -253,8 +252,7 @@ TEST(Fat32Restore, WritesCheckedFoldersWithContentAndDates)
     for (const Case& c : cases)
         EXPECT_EQ(readFile(e + c.path), c.content) << c.path;
     EXPECT_EQ(QFileInfo(e + "Quarterly report.txt").lastModified().toMSecsSinceEpoch(), 1577851200000);
-    EXPECT_EQ(done.size(), 1);
-    EXPECT_EQ(restoredFiles(one), 11) << "every file written, none of the skipped";
+    EXPECT_EQ(s.written, 11) << "every file written, none of the skipped";
 }
 
 TEST(Fat32Restore, LargeClustersAreCutToTheFileSize)
@@ -274,11 +272,10 @@ TEST(Fat32Restore, LargeClustersAreCutToTheFileSize)
     b.addEntry(kRoot, both);
     b.addFile(kRoot, named("EXACT.BIN"), pattern("exact", 8192));
     ScannedVolume s(b.image());
-    s.run();
-    EXPECT_EQ(s.scan->geometry().clusterBytes, 4096u);
+    ASSERT_TRUE(s.run());
+    EXPECT_EQ(s.fat()->geometry().clusterBytes, 4096u);
     QTemporaryDir target;
-    s.scan->setRestoreDir(target.path());
-    s.run();
+    ASSERT_TRUE(s.restore(target.path()));
     EXPECT_EQ(readFile(target.path() + "/E/_OTH.BIN"), pattern("both", 5000));
     EXPECT_EQ(readFile(target.path() + "/E/_XACT.BIN"), pattern("exact", 8192));
 }
@@ -289,10 +286,9 @@ TEST(Fat32Restore, NamesFromTheDiskStayInsideTheTarget)
     const quint32 dir = deletedDirectory(b, kRoot, named("DOTS", QStringLiteral("..")));
     b.addFile(dir, named("SLASH.TXT", QStringLiteral("a/../../b.txt")), pattern("slash", 10));
     ScannedVolume s(b.image());
-    s.run();
+    ASSERT_TRUE(s.run());
     QTemporaryDir target;
-    s.scan->setRestoreDir(target.path() + "/out");
-    s.run();
+    ASSERT_TRUE(s.restore(target.path() + "/out"));
     EXPECT_EQ(readFile(target.path() + "/out/E/_.._/a_.._.._b.txt"), pattern("slash", 10));
     EXPECT_EQ(QDir(target.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), QStringList{"out"});
 }
@@ -330,10 +326,8 @@ TEST(Fat32Scan, DamagedVolumesStillFinish)
         for (int i = 0; i < 200; ++i)
             damaged[random.bounded(512, end)] = char(random.bounded(256));
         ScannedVolume s(damaged);
-        s.run();
-        ASSERT_EQ(s.done.size(), 1) << round;
+        ASSERT_TRUE(s.run()) << round;
         QTemporaryDir target;
-        s.scan->setRestoreDir(target.path());
-        s.run();
+        ASSERT_TRUE(s.restore(target.path()));
     }
 }

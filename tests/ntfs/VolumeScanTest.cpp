@@ -2,7 +2,9 @@
 // restore writes.
 #include "ntfs/NtfsVolumeScan.h"
 #include "results/NtfsFile.h"
-#include "scan/VolumeHarness.h"
+#include "fixtures/ScanRun.h"
+#include "results/FolderNode.h"
+#include "scan/device/MemorySource.h"
 #include "fixtures/CliRunner.h"
 #include "imaging/DiskImageBuilder.h"
 #include "imaging/NtfsImageBuilder.h"
@@ -18,8 +20,6 @@
 namespace {
 using Builder = NtfsImageBuilder;
 using Entry = NtfsImageBuilder::Entry;
-
-using ScanHarness = VolumeHarness<NtfsVolumeScan>;
 
 const QString kOrphans1 = QStringLiteral("孤立文件-00001/");
 
@@ -95,9 +95,10 @@ struct ShapesVolume {
 TEST(NtfsVolumeScan, ListsDeletedFilesOfEveryShapeWithTheirContent)
 {
     ShapesVolume v;
-    ScanHarness h(scannerOn(v.image));
-    h.run();
-    const auto files = h.files();
+    ScanRun h(scannerOn(v.image));
+    h.run(); // its DOS-only record counts without a place in the tree
+    ASSERT_EQ(h.doneSignals, 1);
+    const auto files = h.byPath();
     EXPECT_EQ(files.keys(), v.expected.keys());
     quint64 total = 30; // the DOS-only record counts without a place in the tree
     for (auto it = v.expected.cbegin(); it != v.expected.cend(); ++it) {
@@ -108,26 +109,22 @@ TEST(NtfsVolumeScan, ListsDeletedFilesOfEveryShapeWithTheirContent)
         EXPECT_TRUE(h.content(files[it.key()]) == it.value());
         total += quint64(it.value().size());
     }
-    EXPECT_EQ(h.results(), quint64(v.expected.size() + 1));
-    EXPECT_EQ(h.totalSize(), total);
+    EXPECT_EQ(h.results, quint64(v.expected.size() + 1));
+    EXPECT_EQ(h.totalSize, total);
 }
 
 TEST(NtfsVolumeScan, RestoreWritesCheckedFoldersBelowTheTarget)
 {
     ShapesVolume v;
-    ScanHarness h(scannerOn(v.image));
-    h.run();
+    ScanRun h(scannerOn(v.image));
+    h.run(); // its DOS-only record counts without a place in the tree
+    ASSERT_EQ(h.doneSignals, 1);
     QTemporaryDir out;
     // Its own files unticked, its subfolders still ticked.
-    for (FoundFile* f : h.volume->findChild("docs")->files)
+    for (FoundFile* f : h.root()->findChild("docs")->files)
         f->selected = false;
-    QSignalSpy one(h.scan.get(), &PartScan::undeleteProgress);
-    QSignalSpy done(h.scan.get(), &PartScan::undeleteDone);
-    h.scan->setRestoreDir(out.path());
-    h.scan->start();
-    waitForThread(h.scan.get());
-    EXPECT_EQ(done.count(), 1);
-    EXPECT_EQ(restoredFiles(one), 2);
+    ASSERT_TRUE(h.restore(out.path()));
+    EXPECT_EQ(h.written, 2);
     const QString root = out.path() + "/vol/";
     EXPECT_TRUE(readFile(root + "docs/sub/big.bin") == v.expected["docs/sub/big.bin"]);
     EXPECT_TRUE(readFile(root + "Both Names.txt") == v.expected["Both Names.txt"]);
@@ -135,11 +132,9 @@ TEST(NtfsVolumeScan, RestoreWritesCheckedFoldersBelowTheTarget)
     EXPECT_EQ(QFileInfo(root + "docs/sub/big.bin").lastModified().toMSecsSinceEpoch(), 1577836800000ll);
 
     QTemporaryDir all;
-    for (FoundFile* f : h.volume->findChild("docs")->files)
+    for (FoundFile* f : h.root()->findChild("docs")->files)
         f->selected = true;
-    h.scan->setRestoreDir(all.path());
-    h.scan->start();
-    waitForThread(h.scan.get());
+    ASSERT_TRUE(h.restore(all.path()));
     const QString allRoot = all.path() + "/vol/";
     for (const char* path : {"docs/frag.bin", "docs/sparse.bin", "docs/small.txt", "docs/first.txt"})
         EXPECT_TRUE(readFile(allRoot + path) == v.expected[path]) << path;
@@ -166,10 +161,11 @@ TEST(NtfsVolumeScan, FilterTakesNameEndingsCaseSensitively)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.filter.toStdString());
-        ScanHarness h(scannerOn(image), c.filter);
-        h.run();
-        EXPECT_EQ(h.files().keys(), c.listed);
-        EXPECT_EQ(h.results(), quint64(c.listed.size()));
+        ScanRun h(scannerOn(image));
+        h.scan->fileFilter = c.filter;
+        ASSERT_TRUE(h.run());
+        EXPECT_EQ(h.byPath().keys(), c.listed);
+        EXPECT_EQ(h.results, quint64(c.listed.size()));
     }
 }
 
@@ -216,19 +212,19 @@ TEST(NtfsVolumeScan, FilesWithoutAChainToTheRootAreOrphaned)
     folder[0x10] = 3;
     Builder::applyFixups(&folder);
     image.replace(int(b.slotOffset(reused)), folder.size(), folder);
-    ScanHarness h(scannerOn(image));
-    h.run();
-    const auto files = h.files();
+    ScanRun h(scannerOn(image));
+    ASSERT_TRUE(h.run());
+    const auto files = h.byPath();
     EXPECT_TRUE(files.contains("late dir/early.txt"));
     EXPECT_TRUE(files.contains("newer/in newer.txt"));
     EXPECT_TRUE(files.contains(kOrphans1 + "stale parent.txt")) << stale;
     EXPECT_TRUE(files.contains(kOrphans1 + "B/A/looped.txt"));
-    const FolderNode* first = h.volume->findChild("孤立文件-00001");
-    const FolderNode* second = h.volume->findChild("孤立文件-00002");
+    const FolderNode* first = h.root()->findChild("孤立文件-00001");
+    const FolderNode* second = h.root()->findChild("孤立文件-00002");
     ASSERT_TRUE(first && second);
     EXPECT_EQ(first->directCount(), 500);
     EXPECT_EQ(second->directCount(), 3 + 501 - 500 - 1);
-    EXPECT_EQ(h.results(), 505u);
+    EXPECT_EQ(h.results, 505u);
 }
 
 TEST(NtfsVolumeScan, ReadsEveryGeometry)
@@ -252,10 +248,10 @@ TEST(NtfsVolumeScan, ReadsEveryGeometry)
         b.addFile("big.bin", big, dir);
         b.addFile("small.txt", pattern(90, 2), dir);
         b.addFile("alive.txt", pattern(90, 3), dir, false);
-        ScanHarness h(scannerOn(b.build()));
-        EXPECT_EQ(h.scan->volume.geometry.clusterBytes, c.geometry.clusterBytes);
-        h.run();
-        const auto files = h.files();
+        ScanRun h(scannerOn(b.build()));
+        EXPECT_EQ(h.as<NtfsVolumeScan>()->volume.geometry.clusterBytes, c.geometry.clusterBytes);
+        ASSERT_TRUE(h.run());
+        const auto files = h.byPath();
         EXPECT_EQ(files.keys(), QStringList({"gone/big.bin", "gone/small.txt"}));
         if (files.contains("gone/big.bin")) {
             EXPECT_TRUE(h.content(files["gone/big.bin"]) == big);
@@ -283,13 +279,13 @@ TEST(NtfsVolumeScan, FragmentedMftIsNumberedByItsRunsAndEveryFragmentScanned)
     alive.deleted = false;
     alive.slot = 40;
     b.add(alive);
-    ScanHarness h(scannerOn(b.build()));
-    EXPECT_EQ(h.scan->volume.mft->runs.size(), 3);
-    h.run();
-    EXPECT_EQ(h.files().keys(), QStringList({"late.bin", "late.txt"}));
-    if (h.files().size() == 2) {
-        EXPECT_TRUE(h.content(h.files()["late.bin"]) == late.content);
-        EXPECT_TRUE(h.content(h.files()["late.txt"]) == lateSmall.content);
+    ScanRun h(scannerOn(b.build()));
+    EXPECT_EQ(h.as<NtfsVolumeScan>()->volume.mft->runs.size(), 3);
+    ASSERT_TRUE(h.run());
+    EXPECT_EQ(h.byPath().keys(), QStringList({"late.bin", "late.txt"}));
+    if (h.byPath().size() == 2) {
+        EXPECT_TRUE(h.content(h.byPath()["late.bin"]) == late.content);
+        EXPECT_TRUE(h.content(h.byPath()["late.txt"]) == lateSmall.content);
     }
 }
 
@@ -306,9 +302,9 @@ TEST(NtfsVolumeScan, ReachesRecordsBehindTheMftAndStopsAtTheVolumesEnd)
     disk.put(2048 * 512, volume);
     stale.names = {{"beyond.txt"}};
     disk.put(2048 * 512 + quint64(volume.size()), b.record(stale, 1));
-    ScanHarness h(scannerOn(disk.bytes(), 2048 * 512));
-    h.run();
-    const auto files = h.files();
+    ScanRun h(scannerOn(disk.bytes(), 2048 * 512));
+    ASSERT_TRUE(h.run());
+    const auto files = h.byPath();
     EXPECT_EQ(files.keys(), QStringList({"old.txt"}));
     if (files.contains("old.txt")) {
         EXPECT_TRUE(h.content(files["old.txt"]) == stale.content) << "read again by its number";
@@ -355,9 +351,9 @@ TEST(NtfsVolumeScan, FilesThatLiveUnderTheSamePathAreLeftOut)
     live.close();
     layer.addImageData("vol.img", b.build());
     DeviceLayer::setInstance(&layer);
-    ScanHarness h(new NtfsVolumeScan(QStringLiteral("C")));
-    h.run();
-    EXPECT_EQ(h.files().keys(), QStringList({"docs/gone.txt"}));
+    ScanRun h(new NtfsVolumeScan(QStringLiteral("C")));
+    ASSERT_TRUE(h.run());
+    EXPECT_EQ(h.byPath().keys(), QStringList({"docs/gone.txt"}));
     DeviceLayer::setInstance(nullptr);
 }
 
@@ -376,8 +372,8 @@ TEST(NtfsVolumeScan, MarksTheFirstClusterOfEachFoundRunForTheCarvingPass)
     const QByteArray image = b.build();
     auto* probe = new BitmapProbe(QStringLiteral("vol"), DeviceHandle(std::make_shared<MemorySource>(image)), 0);
     probe->doExtra = true;
-    ScanHarness h(probe);
-    h.run();
+    ScanRun h(probe);
+    ASSERT_TRUE(h.run());
     EXPECT_EQ(probe->seenClusters, 1u);
     ASSERT_EQ(probe->seen.size(), 4096);
     EXPECT_TRUE(bit(probe->seen, 4)) << "the MFT, from $Bitmap";
@@ -385,17 +381,17 @@ TEST(NtfsVolumeScan, MarksTheFirstClusterOfEachFoundRunForTheCarvingPass)
     EXPECT_TRUE(bit(probe->seen, c));
     EXPECT_FALSE(bit(probe->seen, c + 1)) << "only where a run begins";
     EXPECT_FALSE(bit(probe->seen, gap)) << "free, and no run begins there";
-    EXPECT_TRUE(h.scan->clusterBitmap.isEmpty()) << "freed behind the carving pass";
+    EXPECT_TRUE(h.as<NtfsVolumeScan>()->clusterBitmap.isEmpty()) << "freed behind the carving pass";
 
     QByteArray noBitmap = image; // $Bitmap's record unreadable: the scan goes on without marks
     noBitmap.replace(int(b.slotOffset(6)), 4, "BAAD");
     auto* blind = new BitmapProbe(QStringLiteral("vol"), DeviceHandle(std::make_shared<MemorySource>(noBitmap)), 0);
     blind->doExtra = true;
-    ScanHarness h2(blind);
-    h2.run();
+    ScanRun h2(blind);
+    ASSERT_TRUE(h2.run());
     EXPECT_TRUE(blind->seen.isEmpty());
     EXPECT_EQ(blind->seenClusters, 0u);
-    EXPECT_EQ(h2.files().keys(), QStringList({"frag.bin"}));
+    EXPECT_EQ(h2.byPath().keys(), QStringList({"frag.bin"}));
 }
 
 // A volume whose structures can't carry a scan is refused with the reason,
@@ -429,9 +425,9 @@ TEST(NtfsVolumeScan, RefusesWhatItCannotScanWithTheReason)
     };
     for (const Case& c : cases) {
         EXPECT_TRUE(c.scan->openProblem().contains(QLatin1String(c.problem))) << c.scan->openProblem().toStdString();
-        ScanHarness h(c.scan);
-        h.run();
-        EXPECT_TRUE(h.files().isEmpty());
+        ScanRun h(c.scan);
+        ASSERT_TRUE(h.run());
+        EXPECT_TRUE(h.byPath().isEmpty());
     }
 }
 
@@ -441,10 +437,10 @@ TEST(NtfsVolumeScan, PassesOverRecordsItCannotReadAndCountsThem)
     b.addFile("x.txt", pattern(10, 1));
     auto failing = std::make_shared<MemorySource>(b.build());
     failing->setReadFilter([](quint64 pos, quint64 bytes) { return pos > 6 * 4096 || pos + bytes <= 6 * 4096; });
-    ScanHarness h(new NtfsVolumeScan("vol", DeviceHandle(failing), 0));
-    h.run();
-    EXPECT_EQ(h.files().keys(), QStringList({"x.txt"}));
-    EXPECT_GE(h.scan->readErrors(), 1u);
+    ScanRun h(new NtfsVolumeScan("vol", DeviceHandle(failing), 0));
+    ASSERT_TRUE(h.run());
+    EXPECT_EQ(h.byPath().keys(), QStringList({"x.txt"}));
+    EXPECT_GE(h.as<NtfsVolumeScan>()->readErrors(), 1u);
 }
 
 // Damaged records are passed over or listed with what can be read of them:
@@ -461,17 +457,17 @@ TEST(NtfsVolumeScan, DamagedRecordsStayInsideTheVolume)
         QByteArray damaged = v.image;
         for (int i = 0; i < 40; ++i)
             damaged[first + int(next() % quint32(end - first))] = char(next() >> 16);
-        ScanHarness h(scannerOn(damaged));
+        ScanRun h(scannerOn(damaged));
         h.run();
-        ASSERT_EQ(h.done.count(), 1);
-        for (NtfsFile* f : h.files<NtfsFile>()) {
+        ASSERT_EQ(h.doneSignals, 1);
+        
+        for (NtfsFile* f : h.byPath<NtfsFile>()) {
             ASSERT_LE(f->size, quint64(damaged.size()));
             const QByteArray content = h.content(f);
             EXPECT_TRUE(content.isEmpty() || quint64(content.size()) == f->size);
         }
         QTemporaryDir out;
-        QSignalSpy written(h.scan.get(), &PartScan::undeleteProgress);
         h.restore(out.path());
-        EXPECT_LE(restoredFiles(written), h.files().size());
+        EXPECT_LE(h.written, h.byPath().size());
     }
 }

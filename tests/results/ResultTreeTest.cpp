@@ -5,7 +5,7 @@
 #include "results/FolderNode.h"
 #include "results/ResultTree.h"
 
-#include <QReadLocker>
+#include "results/TreeLock.h"
 #include <gtest/gtest.h>
 
 // Previews read through the partition scanners on the test's thread while the
@@ -30,7 +30,7 @@ TEST(ResultTree, PreviewsWhileADiskSearchAppendsPartitions)
         previewed = 0;
         for (int i = 0; i < search->partitionCount(); ++i) {
             PartScan* part = search->partition(i);
-            const QList<FoundFile*> files = [&] { QReadLocker l(ResultTree::lockOf(part->rootFolder)); return part->rootFolder->files; }();
+            const QList<FoundFile*> files = [&] { TreeLock::Read l(ResultTree::lockOf(part->rootFolder)); return part->rootFolder->files; }();
             for (FoundFile* f : files) {
                 QByteArray buffer(qsizetype(f->size), '\0');
                 EXPECT_TRUE(part->fileContent(buffer.data(), f) == f->size && buffer == content);

@@ -3,6 +3,8 @@
 #include "imaging/DiskImageBuilder.h"
 #include "imaging/Fat32ImageBuilder.h"
 #include "scan/device/ImageDeviceLayer.h"
+#include "scan/PartScan.h"
+#include "scan/device/MemorySource.h"
 #include "wizard/MainPage.h"
 #include "wizard/MainWidget.h"
 #include "wizard/Step1Page.h"
@@ -15,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QTreeWidget>
@@ -38,6 +41,7 @@ private slots:
     void imageThatIsNotOneIsRefused();
     void pagesGrowWithTheWindow();
     void screenshots();
+    void timeLeftFollowsAPacedScan();
 
 private:
     void click(QWidget* button);
@@ -49,6 +53,53 @@ private:
     std::unique_ptr<MessageRecorder> messages;
     std::unique_ptr<MainWidget> window;
 };
+
+namespace {
+// A device read at a steady pace: a virtual clock moves with every byte read,
+// and the scan can be held at a chosen point to read its estimate. Each read
+// also takes a little real time, so that the scan reports progress on its way
+// and not only at its end.
+struct Pace {
+    static constexpr quint64 kBytesPerMsec = 32;          // virtual: 32 MiB take about 17 minutes
+    static constexpr unsigned long kRealUsecsPerMiB = 16000;
+    std::atomic<quint64> bytes{0};
+    std::atomic<quint64> holdFrom{~quint64(0)};
+    std::atomic<quint64> heldAt{0};
+    QSemaphore gate;
+
+    void read(quint64 n)
+    {
+        bytes.fetch_add(n);
+        if (QThread::currentThread() != qApp->thread())
+            QThread::usleep((unsigned long)((n * kRealUsecsPerMiB) >> 20));
+    }
+    qint64 msecs() const { return qint64(bytes.load() / kBytesPerMsec); }
+    // On the scan's thread as it reports progress: waits there once past holdFrom.
+    void progressed()
+    {
+        const quint64 now = bytes.load();
+        if (now < holdFrom.load() || heldAt.load() != 0)
+            return;
+        heldAt.store(now);
+        gate.acquire();
+    }
+    // Lets a held scan go on whatever the test concluded.
+    ~Pace() { release(); }
+    void release()
+    {
+        if (heldAt.load() != 0 && gate.available() == 0)
+            gate.release();
+    }
+};
+
+qint64 durationMsecs(const QString& hhmmss)
+{
+    const QStringList parts = hhmmss.split(QLatin1Char(':'));
+    if (parts.size() != 3)
+        return -1;
+    return ((parts[0].toLongLong() * 60 + parts[1].toLongLong()) * 60 + parts[2].toLongLong()) * 1000;
+}
+} // namespace
 
 // Disk 0: C: holds a small FAT32 volume with deleted files.
 void TestHonestWizard::initTestCase()
@@ -270,5 +321,54 @@ void TestHonestWizard::screenshots()
     save("step4");
 }
 
+// A format scan of a 32 MiB card read at a steady pace: half way through, the
+// time left it shows is within a quarter of the time the rest really takes.
+void TestHonestWizard::timeLeftFollowsAPacedScan()
+{
+    Fat32ImageBuilder::Geometry g;
+    g.clusters = 8192;
+    g.sectorsPerCluster = 8;
+    const QByteArray volume = Fat32ImageBuilder(g).image();
+    const quint32 sectors = quint32(volume.size() / 512);
+    DiskImageBuilder disk(quint64(2048 + sectors) * 512);
+    disk.writeMbr({{0x0C, 2048, sectors}});
+    disk.put(2048 * 512, volume);
+    auto source = std::make_shared<MemorySource>(disk.bytes());
+    auto pace = std::make_shared<Pace>();
+    source->setReadFilter([pace](quint64, quint64 bytes) {
+        pace->read(bytes);
+        return true;
+    });
+    layer.addImageSource(QStringLiteral("Paced card"), source);
+    window->setScanClock([pace] { return pace->msecs(); });
+
+    quint64 whole = 0; // what one scan reads, end to end
+    for (int round = 0; round < 2; ++round) {
+        click(window->mainPage()->modeButtons().at(1));
+        clickRow(window->step1()->deviceTree->topLevelItemCount() - 1);
+        pace->bytes.store(0);
+        if (round == 1)
+            pace->holdFrom.store(whole / 2);
+        click(window->step1()->nextButton);
+        QVERIFY(window->scan());
+        connect(window->scan(), &PartScan::scanOne, window->scan(), [pace] { pace->progressed(); }, Qt::DirectConnection);
+        if (round == 1) {
+            QTRY_VERIFY_WITH_TIMEOUT(pace->heldAt.load() != 0 || window->wizardState().scanFinished, 60000);
+            QVERIFY2(pace->heldAt.load() != 0, "no progress was reported past half way");
+            QCoreApplication::processEvents(); // the progress reported up to the hold
+            QVERIFY(QMetaObject::invokeMethod(window.get(), "timerTimeout"));
+            const qint64 shown = durationMsecs(window->step3()->remainingLabel->text());
+            const qint64 truth = qint64((whole - pace->heldAt.load()) / Pace::kBytesPerMsec);
+            QVERIFY2(qAbs(shown - truth) <= truth / 4, qPrintable(QStringLiteral("shown %1 ms, takes %2 ms").arg(shown).arg(truth)));
+            pace->release();
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(window->wizardState().scanFinished, 60000);
+        whole = pace->bytes.load();
+        click(window->step3()->nextButton);
+        click(window->step4()->returnToMainButton);
+    }
+}
+
 QTEST_MAIN(TestHonestWizard)
 #include "tst_honestwizard.moc"
+
