@@ -5,6 +5,8 @@
 // hold nothing deleted.
 #include "ScanListing.h"
 #include "fixtures/TestPaths.h"
+#include "ntfs/NtfsVolumeScan.h"
+#include "scan/VolumeHarness.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -78,6 +80,34 @@ TEST(NtfsCases, EveryDeletedFileAndStreamComesBackAtItsPathAndNothingLive)
     zeroBackup(&bothBad);
     const CliResult r = CliRunner::run({"scan", "--images-only", writeImage(tmp.filePath("both.img"), bothBad)});
     EXPECT_EQ(r.exitCode, 7) << r.errors.toStdString();
+}
+
+// One unreadable stored cluster of a compressed unit spoils all the unit
+// expands to: the restore reports that file range, not the cluster's bytes.
+TEST(NtfsCases, AnUnreadableCompressedUnitIsReportedDamagedWhole)
+{
+    QTemporaryDir tmp;
+    const QByteArray volume = CliRunner::readFile(
+        CliRunner::unxz(TestPaths::sourceDir() + QStringLiteral("/tests/fixtures/ntfs-cases.img.xz"), tmp.path(), QStringLiteral("made.img")));
+    VolumeHarness<NtfsVolumeScan> probe(new NtfsVolumeScan(QStringLiteral("C"), memoryVolume(volume), 0));
+    probe.run();
+    QString path;
+    VolumeScan::StoredRun unit;
+    const QMap<QString, FoundFile*> files = probe.files();
+    for (auto it = files.cbegin(); it != files.cend() && path.isEmpty(); ++it)
+        for (const VolumeScan::StoredRun& r : probe.scan->storedRuns(*it.value()))
+            if (r.expandsTo && path.isEmpty())
+                path = it.key(), unit = r;
+    ASSERT_FALSE(path.isEmpty());
+    const auto readable = [&](quint64 at, quint64 bytes) { return at > unit.volumeOffset || at + bytes <= unit.volumeOffset; };
+    VolumeHarness<NtfsVolumeScan> h(new NtfsVolumeScan(QStringLiteral("C"), memoryVolume(volume, readable), 0));
+    h.run();
+    h.restore(tmp.filePath(QStringLiteral("out")));
+    QStringList damaged;
+    for (const RestoredFile& f : h.scan->restoreReport.files())
+        for (const BadRange& r : f.badRanges)
+            damaged << QStringLiteral("%1 %2+%3").arg(f.path).arg(r.offset).arg(r.length);
+    EXPECT_EQ(damaged.join('\n').toStdString(), QStringLiteral("C/%1 %2+%3").arg(path).arg(unit.fileOffset).arg(unit.expandsTo).toStdString());
 }
 
 // Volumes made by Windows and by mkntfs elsewhere: three with nothing deleted
