@@ -92,10 +92,13 @@ QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)
             folders.append(QJsonObject{{"path", path}, {"checkState", folder->checkState}, {"files", int(folder->files.size())}});
         },
         [&](const Entry& e) {
-            files.append(QJsonObject{{"path", e.path},
-                                     {"name", e.file->name},
-                                     {"size", double(e.file->size)},
-                                     {"modified", e.modified.isEmpty() ? QJsonValue() : QJsonValue(e.modified)}});
+            QJsonObject file{{"path", e.path},
+                             {"name", e.file->name},
+                             {"size", double(e.file->size)},
+                             {"modified", e.modified.isEmpty() ? QJsonValue() : QJsonValue(e.modified)}};
+            if (e.file->nameOnly)
+                file.insert("nameOnly", true); // no content: only the name is left
+            files.append(file);
         });
     return {{"root", root->name}, {"folders", folders}, {"files", files}};
 }

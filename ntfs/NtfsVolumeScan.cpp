@@ -423,7 +423,8 @@ bool NtfsVolumeScan::slackRecordGone(const IndexSlack::Name& entry, quint32 fold
 {
     if (!entry.referenceKnown)
         return true;
-    if (entry.record < kFirstUserRecord || isLiveRecord(entry.record, entry.sequence))
+    // A reference behind the MFT's end is damage, not a file.
+    if (entry.record < kFirstUserRecord || entry.record >= recordCount() || isLiveRecord(entry.record, entry.sequence))
         return false;
     QByteArray record(int(volume.geometry.recordBytes), '\0');
     auto* bytes = reinterpret_cast<uint8_t*>(record.data());
