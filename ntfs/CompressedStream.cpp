@@ -72,10 +72,12 @@ quint64 CompressedStream::stream(const NtfsFile& file, quint32 clusterBytes, qui
             return;
         }
         const bool compressed = u.storedClusters < unitClusters;
+        // Behind the initialized size the file reads as zeros: nothing there is spoilt.
+        const quint64 valid = qMin(u.bytes, file.initializedSize - u.offset);
         failed += readStored(u.extents, clusterBytes, volumeBytes, read, stored.data(), [&](quint64 at, quint64 bytes) {
             // One bad byte of compressed data spoils what the whole unit expands to.
-            if (damaged && at < u.bytes)
-                damaged(u.offset + (compressed ? 0 : at), compressed ? u.bytes : qMin(bytes, u.bytes - at));
+            if (damaged && at < valid)
+                damaged(u.offset + (compressed ? 0 : at), compressed ? valid : qMin(bytes, valid - at));
         });
         const char* data = stored.constData();
         if (compressed) {
@@ -84,7 +86,6 @@ quint64 CompressedStream::stream(const NtfsFile& file, quint32 clusterBytes, qui
                                   reinterpret_cast<uint8_t*>(unit.data()), size_t(unitBytes));
             data = unit.constData();
         }
-        const quint64 valid = qMin(u.bytes, file.initializedSize - u.offset);
         sink(u.offset, data, valid);
         if (valid < u.bytes)
             sink(u.offset + valid, nullptr, u.bytes - valid);
@@ -96,12 +97,16 @@ QList<CompressedStream::Piece> CompressedStream::pieces(const NtfsFile& file, qu
 {
     QList<Piece> out;
     forEachUnit(file, clusterBytes, [&](const Unit& u) {
+        // Units behind the initialized size read as zeros, whatever is stored.
+        if (u.offset >= file.initializedSize)
+            return;
         const bool compressed = u.storedClusters < file.compressionUnitClusters;
+        const quint64 valid = qMin(u.bytes, file.initializedSize - u.offset);
         quint64 inUnit = 0;
         for (const RunList::Extent& e : u.extents) {
             const quint64 at = checked::mulSat(e.lcn, clusterBytes);
             // A plain unit's clusters are the file's bytes, up to its size.
-            quint64 length = compressed ? e.count * clusterBytes : qMin(e.count * clusterBytes, u.bytes - qMin(inUnit, u.bytes));
+            quint64 length = compressed ? e.count * clusterBytes : qMin(e.count * clusterBytes, valid - qMin(inUnit, valid));
             length = at < volumeBytes ? qMin(length, volumeBytes - at) : 0;
             if (!e.sparse && length > 0) {
                 const bool first = compressed && (out.isEmpty() || out.last().fileOffset != u.offset);
