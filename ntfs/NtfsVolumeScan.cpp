@@ -374,31 +374,8 @@ bool NtfsVolumeScan::indexSlackPass(ScanTotals* totals)
 
 void NtfsVolumeScan::fileSlackNames(const FolderIndex& f, ScanTotals* totals)
 {
-    const NtfsGeometry& g = volume.geometry;
-    const auto* root = reinterpret_cast<const uint8_t*>(f.root.constData());
-    const quint32 blockBytes = IndexSlack::blockBytes(root, size_t(f.root.size()));
-    QList<DataRun*> runs;
-    RunList::decode(reinterpret_cast<const uint8_t*>(f.runList.constData()), size_t(f.runList.size()), volume.volumeClusters, &runs);
-    const quint64 bytes = qMin(qMin(f.bytes, checked::mulSat(RunList::clusterTotal(runs), g.clusterBytes)), kMaxIndexBlocks * blockBytes);
-    const quint64 clusters = ceilDiv(bytes, g.clusterBytes);
-    QByteArray stream(qsizetype(clusters << g.clusterShift), '\0');
-    const bool readable = blockBytes != 0 && clusters > 0 && readClusters(stream.data(), quint32(clusters), 0, runs) > 0;
-    qDeleteAll(runs);
-    if (!readable)
-        return;
     QSet<QString> live;
-    IndexSlack::liveNames(root, size_t(f.root.size()), true, &live);
-    QList<IndexSlack::Name> found;
-    for (quint64 n = 0; (n + 1) * blockBytes <= bytes; ++n) {
-        auto* block = reinterpret_cast<uint8_t*>(stream.data()) + n * blockBytes;
-        const bool inUse = n / 8 >= quint64(f.bitmap.size()) || (quint8(f.bitmap.at(qsizetype(n / 8))) >> (n % 8)) & 1;
-        if (!IndexSlack::fixup(block, blockBytes))
-            continue;
-        if (inUse)
-            IndexSlack::liveNames(block, blockBytes, false, &live);
-        found += IndexSlack::slackNames(block, blockBytes, inUse, f.record, f.sequence, kMaxSlackNames - int(found.size()));
-    }
-    for (const IndexSlack::Name& s : found) {
+    for (const IndexSlack::Name& s : slackOf(f, &live)) {
         // A name the index lists now is a live file's, whatever stale copies say.
         if (live.contains(s.name.toLower()) || !slackRecordGone(s, f.record))
             continue;
@@ -417,6 +394,34 @@ void NtfsVolumeScan::fileSlackNames(const FolderIndex& f, ScanTotals* totals)
         p.name.name = s.name;
         filePending(p, totals);
     }
+}
+
+QList<IndexSlack::Name> NtfsVolumeScan::slackOf(const FolderIndex& f, QSet<QString>* live)
+{
+    const NtfsGeometry& g = volume.geometry;
+    const auto* root = reinterpret_cast<const uint8_t*>(f.root.constData());
+    const quint32 blockBytes = IndexSlack::blockBytes(root, size_t(f.root.size()));
+    QList<DataRun*> runs;
+    RunList::decode(reinterpret_cast<const uint8_t*>(f.runList.constData()), size_t(f.runList.size()), volume.volumeClusters, &runs);
+    const quint64 bytes = qMin(qMin(f.bytes, checked::mulSat(RunList::clusterTotal(runs), g.clusterBytes)), kMaxIndexBlocks * blockBytes);
+    const quint64 clusters = ceilDiv(bytes, g.clusterBytes);
+    QByteArray stream(qsizetype(clusters << g.clusterShift), '\0');
+    const bool readable = blockBytes != 0 && clusters > 0 && readClusters(stream.data(), quint32(clusters), 0, runs) > 0;
+    qDeleteAll(runs);
+    QList<IndexSlack::Name> found;
+    if (!readable)
+        return found;
+    IndexSlack::liveNames(root, size_t(f.root.size()), true, live);
+    for (quint64 n = 0; (n + 1) * blockBytes <= bytes; ++n) {
+        auto* block = reinterpret_cast<uint8_t*>(stream.data()) + n * blockBytes;
+        const bool inUse = n / 8 >= quint64(f.bitmap.size()) || (quint8(f.bitmap.at(qsizetype(n / 8))) >> (n % 8)) & 1;
+        if (!IndexSlack::fixup(block, blockBytes))
+            continue;
+        if (inUse)
+            IndexSlack::liveNames(block, blockBytes, false, live);
+        found += IndexSlack::slackNames(block, blockBytes, inUse, f.record, f.sequence, kMaxSlackNames - int(found.size()));
+    }
+    return found;
 }
 
 bool NtfsVolumeScan::slackRecordGone(const IndexSlack::Name& entry, quint32 folder)

@@ -101,6 +101,9 @@ private:
     void noteFolderIndex(const uint8_t* record, const MftRecordInfo& info, quint32 number);
     bool indexSlackPass(ScanTotals* totals);
     void fileSlackNames(const FolderIndex& folder, ScanTotals* totals);
+    // Reads the folder's index blocks: the names behind their used parts, and
+    // into *live the names they list now (lower case).
+    QList<IndexSlack::Name> slackOf(const FolderIndex& folder, QSet<QString>* live);
     // Whether the record a slack entry names no longer holds that file.
     bool slackRecordGone(const IndexSlack::Name& entry, quint32 folder);
     void fileAllPending(ScanTotals* totals);
