@@ -6,16 +6,11 @@ QList<ByteRuns::Run> ByteRuns::of(const PartScan* scanner, const FoundFile* file
 {
     QList<Run> runs;
     const auto* volume = dynamic_cast<const VolumeScan*>(scanner);
-    Extents extents;
-    // Content kept inside a record (NTFS resident data) has no extents.
-    if (!volume || !file || !volume->extentsOf(*file, &extents))
+    // Content kept inside a record (NTFS resident data) has no stored runs.
+    if (!volume || !file)
         return runs;
     const quint64 base = checked::addSat(volume->handle.base(), volume->partOffset);
-    quint64 fileOffset = 0;
-    for (const Extent& e : extents) {
-        if (!e.hole)
-            runs.append({fileOffset, checked::addSat(base, e.offset), e.length});
-        fileOffset = checked::addSat(fileOffset, e.length);
-    }
+    for (const VolumeScan::StoredRun& r : volume->storedRuns(*file))
+        runs.append({r.fileOffset, checked::addSat(base, r.volumeOffset), r.length, r.expandsTo});
     return runs;
 }

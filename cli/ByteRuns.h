@@ -13,6 +13,9 @@ public:
         quint64 fileOffset = 0;
         quint64 imageOffset = 0;
         quint64 length = 0;
+        // Compressed data: the file bytes these stored bytes (with the
+        // unit's further runs at the same file offset) expand to; 0 when plain.
+        quint64 uncompressedLength = 0;
     };
     // The runs of a file a volume scanner found; holes are left out. Empty
     // where they are not known: content inside an MFT record, and the volumes

@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QJsonArray>
 #include <QXmlStreamWriter>
+#include <algorithm>
 
 namespace {
 // One found file as every report shows it.
@@ -38,7 +39,8 @@ void walk(const FolderNode* root, const ResultFilter& filter, VisitFolder visitF
         const char* status = folder->files.isEmpty() ? "" : statusOf(folder);
         for (const FoundFile* f : folder->files) {
             if (filter.matches(*f))
-                visitFile(Entry{path + QLatin1Char('/') + f->name, f, TreeReport::isoTime(f->modifiedMsecs), status});
+                visitFile(Entry{path + QLatin1Char('/') + f->name, f, TreeReport::isoTime(f->modifiedMsecs),
+                                f->nameOnly ? "name only" : status});
         }
         for (auto it = folder->children.crbegin(); it != folder->children.crend(); ++it)
             work.append({*it, path + QLatin1Char('/') + (*it)->name});
@@ -90,10 +92,13 @@ QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)
             folders.append(QJsonObject{{"path", path}, {"checkState", folder->checkState}, {"files", int(folder->files.size())}});
         },
         [&](const Entry& e) {
-            files.append(QJsonObject{{"path", e.path},
-                                     {"name", e.file->name},
-                                     {"size", double(e.file->size)},
-                                     {"modified", e.modified.isEmpty() ? QJsonValue() : QJsonValue(e.modified)}});
+            QJsonObject file{{"path", e.path},
+                             {"name", e.file->name},
+                             {"size", double(e.file->size)},
+                             {"modified", e.modified.isEmpty() ? QJsonValue() : QJsonValue(e.modified)}};
+            if (e.file->nameOnly)
+                file.insert("nameOnly", true); // no content: only the name is left
+            files.append(file);
         });
     return {{"root", root->name}, {"folders", folders}, {"files", files}};
 }
@@ -130,9 +135,11 @@ QByteArray TreeReport::dfxml(const FolderNode* root, const QString& imageName, c
         xml.writeTextElement(QStringLiteral("filename"), e.path);
         xml.writeTextElement(QStringLiteral("filesize"), QString::number(e.file->size));
         xml.writeTextElement(QStringLiteral("alloc"), QStringLiteral("0")); // every found file is deleted or lost
+        const QList<ByteRuns::Run> found = runs ? runs(e.file) : QList<ByteRuns::Run>();
+        if (std::any_of(found.cbegin(), found.cend(), [](const ByteRuns::Run& r) { return r.uncompressedLength != 0; }))
+            xml.writeTextElement(QStringLiteral("compressed"), QStringLiteral("1"));
         if (!e.modified.isEmpty())
             xml.writeTextElement(QStringLiteral("mtime"), e.modified);
-        const QList<ByteRuns::Run> found = runs ? runs(e.file) : QList<ByteRuns::Run>();
         if (!found.isEmpty()) {
             xml.writeStartElement(QStringLiteral("byte_runs"));
             for (const ByteRuns::Run& r : found) {
@@ -140,6 +147,8 @@ QByteArray TreeReport::dfxml(const FolderNode* root, const QString& imageName, c
                 xml.writeAttribute(QStringLiteral("file_offset"), QString::number(r.fileOffset));
                 xml.writeAttribute(QStringLiteral("img_offset"), QString::number(r.imageOffset));
                 xml.writeAttribute(QStringLiteral("len"), QString::number(r.length));
+                if (r.uncompressedLength)
+                    xml.writeAttribute(QStringLiteral("uncompressed_len"), QString::number(r.uncompressedLength));
             }
             xml.writeEndElement();
         }

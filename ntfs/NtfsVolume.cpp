@@ -117,35 +117,88 @@ bool NtfsVolume::readMftBitmap(const DeviceHandle& handle, quint64 partOffset, c
     return readable;
 }
 
+QByteArray NtfsVolume::attributeList(const DeviceHandle& handle, quint64 partOffset, const uint8_t* record0,
+                                     const MftRecordInfo& info, quint64 clusterCount) const
+{
+    for (const MftAttribute& a : MftAttribute::all(record0, geometry.recordBytes, info)) {
+        if (a.type != MftAttribute::kAttributeListType)
+            continue;
+        if (a.resident)
+            return QByteArray(reinterpret_cast<const char*>(record0 + a.valueOffset), int(a.valueLength));
+        // On a badly fragmented volume the list itself moves out to clusters.
+        QList<DataRun*> runs;
+        RunList::decode(record0 + a.runListOffset, a.runListBytes, clusterCount, &runs);
+        const quint64 bytes = qMin<quint64>(qMin(a.realSize, checked::mulSat(RunList::clusterTotal(runs), geometry.clusterBytes)),
+                                            AttributeList::kMaxBytes);
+        QByteArray value(qsizetype(bytes), '\0');
+        quint64 done = 0;
+        for (const DataRun* run : runs) {
+            const quint64 n = qMin(checked::mulSat(run->length, geometry.clusterBytes), bytes - done);
+            const quint64 at = checked::addSat(checked::mulSat(run->lcn, geometry.clusterBytes), partOffset);
+            if (n > 0 && !run->sparse && handle.read(value.data() + done, n, at) < qint64(n))
+                value.clear();
+            done += n;
+            if (value.isEmpty() || done >= bytes)
+                break;
+        }
+        qDeleteAll(runs);
+        return value;
+    }
+    return {};
+}
+
+bool NtfsVolume::readExtension(const DeviceHandle& handle, quint64 partOffset, quint32 number, Extension* out) const
+{
+    // Only records in the part of $MFT mapped so far can be read.
+    const quint64 byte = quint64(number) * geometry.recordBytes;
+    if (byte >= checked::mulSat(RunList::clusterTotal(mft->runs), geometry.clusterBytes))
+        return false;
+    const QList<RunList::Extent> where = RunList::extents(mft->runs, byte >> geometry.clusterShift, 1);
+    if (where.isEmpty() || where.first().sparse)
+        return false;
+    const quint64 at = (where.first().lcn << geometry.clusterShift) + (byte & (geometry.clusterBytes - 1));
+    out->record = QByteArray(int(geometry.recordBytes), '\0');
+    auto* bytes = reinterpret_cast<uint8_t*>(out->record.data());
+    // An extension of $MFT names record 0 as its base.
+    return handle.read(bytes, geometry.recordBytes, checked::addSat(at, partOffset)) == qint64(geometry.recordBytes)
+        && MftRecord::parseHeader(bytes, geometry.recordBytes, &out->info) && quint32(out->info.baseReference) == 0;
+}
+
 void NtfsVolume::followAttributeList(const DeviceHandle& handle, quint64 partOffset, const uint8_t* record0,
                                      const MftRecordInfo& info, quint64 clusterCount)
 {
-    QByteArray list;
-    for (const MftAttribute& a : MftAttribute::all(record0, geometry.recordBytes, info))
-        if (a.type == MftAttribute::kAttributeListType && a.resident)
-            list = QByteArray(reinterpret_cast<const char*>(record0 + a.valueOffset), int(a.valueLength));
-    if (list.isEmpty())
-        return;
+    const QByteArray list = attributeList(handle, partOffset, record0, info, clusterCount);
+    QList<quint32> wanted;
+    for (const AttributeList::Entry& e : AttributeList::decode(reinterpret_cast<const uint8_t*>(list.constData()), size_t(list.size())))
+        if (e.type == MftRecord::kDataType && e.record != 0 && !wanted.contains(e.record) && wanted.size() < kMaxMftExtensions)
+            wanted.append(e.record);
+    QList<Extension> found;
+    // An extension record may lie in a fragment that only another one maps:
+    // rounds go on while one adds a record, at most one round per record.
+    for (bool added = true; added && !wanted.isEmpty();) {
+        added = false;
+        for (int i = 0; i < wanted.size();) {
+            Extension ext;
+            if (!readExtension(handle, partOffset, wanted.at(i), &ext)) {
+                ++i;
+                continue;
+            }
+            found.append(ext);
+            wanted.removeAt(i);
+            added = true;
+        }
+        if (added)
+            assembleMft(record0, info, found, clusterCount);
+    }
+}
+
+void NtfsVolume::assembleMft(const uint8_t* record0, const MftRecordInfo& info, const QList<Extension>& extensions,
+                             quint64 clusterCount)
+{
     FileStreams streams(geometry, clusterCount);
     streams.addRecord(record0, info, 0);
-    QByteArray extension(int(geometry.recordBytes), '\0');
-    auto* bytes = reinterpret_cast<uint8_t*>(extension.data());
-    QList<quint32> read;
-    for (const AttributeList::Entry& e : AttributeList::decode(reinterpret_cast<const uint8_t*>(list.constData()), size_t(list.size()))) {
-        if (e.type != MftRecord::kDataType || e.record == 0 || read.contains(e.record) || read.size() >= kMaxMftExtensions)
-            continue;
-        read.append(e.record);
-        // The records that continue $MFT's runs lie in the part its first piece already maps.
-        const QList<RunList::Extent> where = RunList::extents(mft->runs, quint64(e.record) * geometry.recordBytes >> geometry.clusterShift, 1);
-        if (where.isEmpty() || where.first().sparse || quint64(e.record) >= RunList::clusterTotal(mft->runs) * geometry.clusterBytes / geometry.recordBytes)
-            continue;
-        const quint64 at = (where.first().lcn << geometry.clusterShift) + ((quint64(e.record) * geometry.recordBytes) & (geometry.clusterBytes - 1));
-        MftRecordInfo ext;
-        if (handle.read(bytes, geometry.recordBytes, checked::addSat(at, partOffset)) < qint64(geometry.recordBytes)
-            || !MftRecord::parseHeader(bytes, geometry.recordBytes, &ext) || quint32(ext.baseReference) != 0)
-            continue;
-        streams.addRecord(bytes, ext, 0);
-    }
+    for (const Extension& e : extensions)
+        streams.addRecord(reinterpret_cast<const uint8_t*>(e.record.constData()), e.info, 0);
     for (NtfsFile* file : streams.take()) {
         if (file->name.isEmpty() && !file->resident && RunList::clusterTotal(file->runs) > RunList::clusterTotal(mft->runs))
             mft.reset(file);

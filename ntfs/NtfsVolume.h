@@ -31,8 +31,19 @@ struct NtfsVolume {
     static quint64 statedClusters(const NtfsGeometry& geometry, quint64 deviceLength, quint64 partOffset);
 
 private:
+    struct Extension {
+        QByteArray record; // fixed up
+        MftRecordInfo info;
+    };
     // A $MFT whose runs continue in extension records: the whole run list.
     void followAttributeList(const DeviceHandle& handle, quint64 partOffset, const uint8_t* record0,
                              const MftRecordInfo& info, quint64 clusterCount);
+    // $MFT's $ATTRIBUTE_LIST value, resident or in clusters; empty when there is none.
+    QByteArray attributeList(const DeviceHandle& handle, quint64 partOffset, const uint8_t* record0,
+                             const MftRecordInfo& info, quint64 clusterCount) const;
+    bool readExtension(const DeviceHandle& handle, quint64 partOffset, quint32 number, Extension* out) const;
+    // Takes the run list record 0 and the extensions give when it maps more than the one at hand.
+    void assembleMft(const uint8_t* record0, const MftRecordInfo& info, const QList<Extension>& extensions,
+                     quint64 clusterCount);
     bool readMftBitmap(const DeviceHandle& handle, quint64 partOffset, const uint8_t* attribute, quint32 length);
 };

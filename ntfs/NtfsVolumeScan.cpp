@@ -16,6 +16,7 @@
 
 #include <QDebug>
 #include <QFile>
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -30,6 +31,16 @@ constexpr quint64 kMirrorRecords = 4;
 // A file's attribute list names at most this many extension records: more is damage.
 constexpr int kMaxExtensionRecords = 1024;
 constexpr int kSequenceShift = 48;
+constexpr quint32 kIndexRootType = 0x90;
+constexpr quint32 kIndexAllocationType = 0xA0;
+// A folder's file-name index is the attribute stream "$I30".
+const QLatin1String kFileNameIndex("$I30");
+// Folders whose index slack is read: each costs its index's attributes until the pass.
+constexpr int kMaxIndexedFolders = 256 * 1024;
+// Blocks of one folder's index that are read: 4 MiB of 4 KiB blocks, some forty thousand names.
+constexpr quint64 kMaxIndexBlocks = 1024;
+// Names taken from one folder's slack; more is a folder of stale copies.
+constexpr int kMaxSlackNames = 4096;
 
 constexpr quint64 ceilDiv(quint64 a, quint64 b) { return a / b + (a % b ? 1 : 0); }
 } // namespace
@@ -179,12 +190,17 @@ bool NtfsVolumeScan::scanMetadata(ScanTotals& totals)
     liveSequence = QVector<quint16>(int(qMin<quint64>(recordCount(), quint64(INT_MAX))), 0);
     directories.clear();
     reachSeen.clear();
-    // Files are filed when a pass is over: a folder's record may stand behind its files'.
+    folderIndexes.clear();
+    // Files are filed when a pass is over: a folder's record may stand behind
+    // its files'. Names from index slack come last: a record found for the same file wins.
     bool stopped = liveMftPass(&totals);
     fileAllPending(&totals);
     if (!stopped)
         stopped = reachPass(reachPlan(), &totals);
     fileAllPending(&totals);
+    if (!stopped)
+        stopped = indexSlackPass(&totals);
+    folderIndexes.clear();
     directories.clear();
     liveSequence.clear();
     reachSeen.clear();
@@ -328,6 +344,109 @@ void NtfsVolumeScan::recordDirectory(const uint8_t* record, MftRecordInfo& info,
         if (it.value().sequence == info.sequence)
             return; // the first record of a number and sequence stays
     directories.insert(number, DirectoryEntry{info.parentRecord, info.parentSequence, info.sequence, live, name});
+    if (live)
+        noteFolderIndex(record, info, number);
+}
+
+void NtfsVolumeScan::noteFolderIndex(const uint8_t* record, const MftRecordInfo& info, quint32 number)
+{
+    if (folderIndexes.size() >= kMaxIndexedFolders)
+        return;
+    FolderIndex f{number, info.sequence, {}, {}, {}, 0};
+    const auto bytes = [record](int offset, quint32 length) { return QByteArray(reinterpret_cast<const char*>(record + offset), int(length)); };
+    for (const MftAttribute& a : MftAttribute::all(record, volume.geometry.recordBytes, info)) {
+        if (a.name != kFileNameIndex)
+            continue;
+        if (a.type == kIndexRootType && a.resident)
+            f.root = bytes(a.valueOffset, a.valueLength);
+        else if (a.type == kIndexAllocationType && !a.resident && a.startVcn == 0)
+            f.runList = bytes(a.runListOffset, a.runListBytes), f.bytes = a.realSize;
+        else if (a.type == MftRecord::kBitmapType && a.resident)
+            f.bitmap = bytes(a.valueOffset, a.valueLength);
+    }
+    if (!f.root.isEmpty() && !f.runList.isEmpty())
+        folderIndexes.append(f);
+}
+
+bool NtfsVolumeScan::indexSlackPass(ScanTotals* totals)
+{
+    for (const FolderIndex& f : folderIndexes) {
+        if (step(totals->position))
+            return true;
+        fileSlackNames(f, totals);
+    }
+    return false;
+}
+
+void NtfsVolumeScan::fileSlackNames(const FolderIndex& f, ScanTotals* totals)
+{
+    QSet<QString> live;
+    for (const IndexSlack::Name& s : slackOf(f, &live)) {
+        // A name the index lists now is a live file's, whatever stale copies say.
+        if (live.contains(s.name.toLower()) || !slackRecordGone(s, f.record))
+            continue;
+        live.insert(s.name.toLower());
+        auto* file = new NtfsFile;
+        file->nameOnly = true;
+        file->size = s.size;
+        file->mftRecord = s.record;
+        Pending p;
+        p.streams.append(file);
+        p.hasName = true;
+        p.name.parentRecord = f.record;
+        p.name.parentSequence = f.sequence;
+        p.name.created = s.created;
+        p.name.modified = s.modified;
+        p.name.name = s.name;
+        filePending(p, totals);
+    }
+}
+
+QList<IndexSlack::Name> NtfsVolumeScan::slackOf(const FolderIndex& f, QSet<QString>* live)
+{
+    const NtfsGeometry& g = volume.geometry;
+    const auto* root = reinterpret_cast<const uint8_t*>(f.root.constData());
+    const quint32 blockBytes = IndexSlack::blockBytes(root, size_t(f.root.size()));
+    QList<DataRun*> runs;
+    RunList::decode(reinterpret_cast<const uint8_t*>(f.runList.constData()), size_t(f.runList.size()), volume.volumeClusters, &runs);
+    const quint64 bytes = qMin(qMin(f.bytes, checked::mulSat(RunList::clusterTotal(runs), g.clusterBytes)), kMaxIndexBlocks * blockBytes);
+    const quint64 clusters = ceilDiv(bytes, g.clusterBytes);
+    QByteArray stream(qsizetype(clusters << g.clusterShift), '\0');
+    const bool readable = blockBytes != 0 && clusters > 0 && readClusters(stream.data(), quint32(clusters), 0, runs) > 0;
+    qDeleteAll(runs);
+    QList<IndexSlack::Name> found;
+    if (!readable)
+        return found;
+    IndexSlack::liveNames(root, size_t(f.root.size()), true, live);
+    for (quint64 n = 0; (n + 1) * blockBytes <= bytes; ++n) {
+        auto* block = reinterpret_cast<uint8_t*>(stream.data()) + n * blockBytes;
+        const bool inUse = n / 8 >= quint64(f.bitmap.size()) || (quint8(f.bitmap.at(qsizetype(n / 8))) >> (n % 8)) & 1;
+        if (!IndexSlack::fixup(block, blockBytes))
+            continue;
+        if (inUse)
+            IndexSlack::liveNames(block, blockBytes, false, live);
+        found += IndexSlack::slackNames(block, blockBytes, inUse, f.record, f.sequence, kMaxSlackNames - int(found.size()));
+    }
+    return found;
+}
+
+bool NtfsVolumeScan::slackRecordGone(const IndexSlack::Name& entry, quint32 folder)
+{
+    if (!entry.referenceKnown)
+        return true;
+    // A reference behind the MFT's end is damage, not a file.
+    if (entry.record < kFirstUserRecord || entry.record >= recordCount() || isLiveRecord(entry.record, entry.sequence))
+        return false;
+    QByteArray record(int(volume.geometry.recordBytes), '\0');
+    auto* bytes = reinterpret_cast<uint8_t*>(record.data());
+    MftRecordInfo info;
+    QString name;
+    if (readRecord(bytes, entry.record) < qint64(volume.geometry.recordBytes) || !decoder().header(bytes, &info)
+        || recordInUse(entry.record))
+        return true;
+    // A deleted record that still holds this file was listed by the record passes.
+    return !(ParentChain::sequenceMatches(info.sequence, false, entry.sequence) && decoder().fileName(bytes, &info, &name)
+             && name.compare(entry.name, Qt::CaseInsensitive) == 0 && info.parentRecord == folder);
 }
 
 void NtfsVolumeScan::collectFile(const uint8_t* record, MftRecordInfo& info, quint32 number)
@@ -434,12 +553,19 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
     }
     for (const QString& part : folders)
         folder = folder->obtainChild(part, partIndex, true);
+    // A name from index slack yields to a record of the same file found in its folder.
+    if (!streams.isEmpty() && streams.first()->nameOnly && std::any_of(folder->files.cbegin(), folder->files.cend(), [&](const FoundFile* f) {
+            return f->name.compare(name, Qt::CaseInsensitive) == 0;
+        })) {
+        qDeleteAll(streams);
+        return;
+    }
     for (NtfsFile* file : streams) {
         // A named stream is listed beside its file as "file:stream".
         file->name = file->name.isEmpty() ? name : name + QLatin1Char(':') + file->name;
         file->modifiedMsecs = FileNameAttribute::toMsecs(p.name.modified);
         ++totals->results;
-        totals->totalSize += file->size;
+        totals->totalSize += file->nameOnly ? 0 : file->size;
         folder->addFile(file);
         markClusters(file);
     }
@@ -500,12 +626,24 @@ bool NtfsVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
     return true;
 }
 
+QList<VolumeScan::StoredRun> NtfsVolumeScan::storedRuns(const FoundFile& found) const
+{
+    const auto* file = dynamic_cast<const NtfsFile*>(&found);
+    if (!file || !file->compressionUnitClusters || file->resident)
+        return VolumeScan::storedRuns(found);
+    QList<StoredRun> runs;
+    for (const CompressedStream::Piece& p : CompressedStream::pieces(*file, volume.geometry.clusterBytes, volumeBytes()))
+        runs.append({p.fileOffset, p.volumeOffset, p.length, p.expandsTo});
+    return runs;
+}
+
 bool NtfsVolumeScan::readContent(const FoundFile& found, const ContentSink& sink)
 {
     const auto* file = dynamic_cast<const NtfsFile*>(&found);
     if (file && file->compressionUnitClusters && !file->resident) {
-        const auto readAt = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
-        CompressedStream::stream(*file, volume.geometry.clusterBytes, volumeBytes(), readAt, sink);
+        const auto readAt = [this](void* buffer, quint64 bytes, quint64 offset) { return readStoredBytes(buffer, bytes, offset); };
+        const auto damaged = [this](quint64 offset, quint64 bytes) { noteDamaged(offset, bytes); };
+        CompressedStream::stream(*file, volume.geometry.clusterBytes, volumeBytes(), readAt, sink, damaged);
         return true;
     }
     if (!file || !file->resident)

@@ -1,6 +1,7 @@
 #pragma once
 #include "ntfs/DirectoryEntry.h"
 #include "ntfs/FileNameAttribute.h"
+#include "ntfs/IndexSlack.h"
 #include "ntfs/MftReach.h"
 #include "ntfs/MftRecordDecoder.h"
 #include "ntfs/MftRecordInfo.h"
@@ -36,6 +37,8 @@ public:
     // Resident content is read again from the record the scan found it in;
     // compressed content is decompressed unit by unit.
     bool readContent(const FoundFile& file, const ContentSink& sink) override;
+    // A compressed file's units: its stored clusters, marked with what they expand to.
+    QList<StoredRun> storedRuns(const FoundFile& file) const override;
 
     // True when NtfsVolume::open succeeds: the disk search asks before it builds a scanner.
     static bool canOpen(const DeviceHandle& handle, quint64 partOffset);
@@ -71,6 +74,15 @@ private:
         FileNameAttribute name;
         bool hasName = false;
     };
+    // A live folder whose index has blocks, for the pass over their slack.
+    struct FolderIndex {
+        quint32 record = 0;
+        quint16 sequence = 0;
+        QByteArray root;    // the $INDEX_ROOT value
+        QByteArray runList; // of the $INDEX_ALLOCATION
+        QByteArray bitmap;  // the $I30 $BITMAP: bit n set while block n is in use; empty: all are
+        quint64 bytes = 0;  // the $INDEX_ALLOCATION's size
+    };
 
     MftRecordDecoder decoder() const { return MftRecordDecoder(volume.geometry); }
     quint64 recordCount() const;
@@ -87,6 +99,14 @@ private:
     void collectFile(const uint8_t* record, MftRecordInfo& info, quint32 number);
     void addExtensionRecords(const uint8_t* record, const MftRecordInfo& info, quint32 number, FileStreams* streams);
     QByteArray attributeListValue(const uint8_t* record, const MftRecordInfo& info);
+    void noteFolderIndex(const uint8_t* record, const MftRecordInfo& info, quint32 number);
+    bool indexSlackPass(ScanTotals* totals);
+    void fileSlackNames(const FolderIndex& folder, ScanTotals* totals);
+    // Reads the folder's index blocks: the names behind their used parts, and
+    // into *live the names they list now (lower case).
+    QList<IndexSlack::Name> slackOf(const FolderIndex& folder, QSet<QString>* live);
+    // Whether the record a slack entry names no longer holds that file.
+    bool slackRecordGone(const IndexSlack::Name& entry, quint32 folder);
     void fileAllPending(ScanTotals* totals);
     void filePending(Pending& p, ScanTotals* totals);
     // Volume byte offset of a byte of the MFT stream; 0 for none.
@@ -103,5 +123,6 @@ private:
     QString mountPoint; // of the volume while it is scanned, for the live-file test
     QVector<quint16> liveSequence; // sequence number of each record in use in the live MFT
     QList<Pending> pending;
+    QList<FolderIndex> folderIndexes;
     QSet<quint64> reachSeen; // (number, sequence) of records met behind the live MFT
 };

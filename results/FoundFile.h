@@ -13,4 +13,7 @@ struct FoundFile {
     // check boxes, the sums and the restore walk all read it (see CheckStates).
     bool selected = true;
     bool cut = false;            // carved: the file's structure broke off here, its rest is missing
+    // Only its name is left (a folder's index still lists it): no content to
+    // show or restore, the size is what the name's entry stated.
+    bool nameOnly = false;
 };

@@ -115,6 +115,8 @@ QString RestoreReport::failureText(RestoreFailure failure)
         return QStringLiteral("its record is unreadable");
     case RestoreFailure::DeviceFailed:
         return QStringLiteral("设备读取失败");
+    case RestoreFailure::NameOnly:
+        return QStringLiteral("only its name is left, its content is gone");
     case RestoreFailure::WriteFailed:
         break;
     }

@@ -15,6 +15,7 @@ enum class RestoreFailure {
     OutsideDevice,    // its data lies beyond the end of the device
     RecordUnreadable, // its record or its cluster list could not be read
     DeviceFailed,     // the device stopped answering
+    NameOnly,         // only its name is left: there is no content to write
     WriteFailed,      // any other error of the target
 };
 

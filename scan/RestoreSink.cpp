@@ -21,6 +21,11 @@ void RestoreSink::noteBadReads(const QList<BadRange>& bad, quint64 devicePositio
     }
 }
 
+void RestoreSink::noteDamaged(quint64 fileOffset, quint64 bytes)
+{
+    addBadRange(&m_bad, {fileOffset, bytes});
+}
+
 void RestoreSink::noteOutside(quint64 fileOffset, quint64 bytes)
 {
     addBadRange(&m_bad, {fileOffset, bytes});

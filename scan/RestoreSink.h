@@ -15,6 +15,8 @@ public:
     // A read of the device for [fileOffset, fileOffset + bytes) that started at
     // devicePosition: its bad sectors (device positions) become file ranges.
     void noteBadReads(const QList<BadRange>& bad, quint64 devicePosition, quint64 fileOffset, quint64 bytes);
+    // File bytes the reader knows to be wrong: a compressed unit it could not read whole.
+    void noteDamaged(quint64 fileOffset, quint64 bytes);
     // Bytes that lie beyond the end of the device.
     void noteOutside(quint64 fileOffset, quint64 bytes);
 

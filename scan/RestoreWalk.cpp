@@ -65,10 +65,13 @@ void writeFolder(const WalkContext& c, FolderNode* folder)
         if (!f->selected || !c.filter.matches(*f))
             continue;
         // Made for the first file written into it, so no empty folders are left.
-        if (!dir && why == RestoreFailure::None)
+        if (!dir && why == RestoreFailure::None && !f->nameOnly)
             dir = c.target.folder(names, &why);
         RestoredFile r;
-        if (dir) {
+        if (f->nameOnly) {
+            // Nothing to write: the report says why, and the target is not touched.
+            r = RestoredFile{prefix + SafeFileName::component(f->name), f->size, RestoredFile::NotWritten, RestoreFailure::NameOnly, {}};
+        } else if (dir) {
             r = writeOne(c, *dir, prefix, f);
         } else {
             r.path = prefix + SafeFileName::component(f->name);

@@ -26,6 +26,8 @@ struct SliceRead {
     quint64 bytes = 0;
     qint64 got = 0;
     bool fresh = false;
+    bool failed = false;      // a read of stored bytes found the device gone
+    QList<BadRange> damaged;  // file ranges the reader reported itself
 };
 thread_local SliceRead* restoreRead = nullptr;
 } // namespace
@@ -194,6 +196,39 @@ qint64 VolumeScan::readVolume(void* buffer, quint64 bytes, quint64 volumeOffset)
     return got;
 }
 
+qint64 VolumeScan::readStoredBytes(void* buffer, quint64 bytes, quint64 volumeOffset)
+{
+    uint64_t position = 0;
+    QList<BadRange> bad;
+    const qint64 got = checked::add(partOffset, volumeOffset, &position) ? read(buffer, bytes, position, &bad) : -1;
+    if (got < 0 || !bad.isEmpty())
+        ++m_readErrors;
+    if (restoreRead && got < 0)
+        restoreRead->failed = true;
+    return bad.isEmpty() ? got : -1;
+}
+
+void VolumeScan::noteDamaged(quint64 fileOffset, quint64 bytes)
+{
+    if (restoreRead)
+        addBadRange(&restoreRead->damaged, {fileOffset, bytes});
+}
+
+QList<VolumeScan::StoredRun> VolumeScan::storedRuns(const FoundFile& file) const
+{
+    QList<StoredRun> runs;
+    Extents extents;
+    if (!extentsOf(file, &extents))
+        return runs;
+    quint64 fileOffset = 0;
+    for (const Extent& e : extents) {
+        if (!e.hole)
+            runs.append({fileOffset, e.offset, e.length, 0});
+        fileOffset = checked::addSat(fileOffset, e.length);
+    }
+    return runs;
+}
+
 bool VolumeScan::hasContent(const FoundFile& file) const
 {
     Extents extents;
@@ -252,5 +287,7 @@ RestoreFailure VolumeScan::writeContent(const FoundFile& file, RestoreSink& sink
             sink.write(offset, data, bytes);
     });
     restoreRead = nullptr;
-    return gone ? RestoreFailure::DeviceFailed : RestoreFailure::None;
+    for (const BadRange& r : slice.damaged)
+        sink.noteDamaged(r.offset, r.length);
+    return gone || slice.failed ? RestoreFailure::DeviceFailed : RestoreFailure::None;
 }

@@ -54,6 +54,19 @@ public:
     // over extentsOf; a file system overrides it for content kept elsewhere.
     virtual bool readContent(const FoundFile& file, const ContentSink& sink);
 
+    // A stretch of a found file's stored bytes, for forensic listings.
+    struct StoredRun {
+        quint64 fileOffset = 0;
+        quint64 volumeOffset = 0;
+        quint64 length = 0;
+        // The file bytes that stored bytes expand to (compressed data, given
+        // on the first run of each unit); 0 when they are the file's own.
+        quint64 expandsTo = 0;
+    };
+    // Where the file's bytes are stored, in file order, holes left out. By
+    // default its extents, each standing for as many file bytes as it holds.
+    virtual QList<StoredRun> storedRuns(const FoundFile& file) const;
+
     // Bytes of the volume that lie on the device: no read goes behind them.
     quint64 volumeBytes() const { return m_volumeBytes; }
     // Reads that failed or fell short, in scans and restores.
@@ -88,6 +101,12 @@ protected:
     void reportProgress(quint64 position);
     // Reads at a byte offset of the volume; bytes read, possibly short, or -1 (counted).
     qint64 readVolume(void* buffer, quint64 bytes, quint64 volumeOffset);
+    // Reads stored bytes that are not the file's byte for byte (compressed
+    // data): like readVolume, but a read that met bad sectors returns -1, and
+    // the restore in progress takes its damaged file ranges from noteDamaged.
+    qint64 readStoredBytes(void* buffer, quint64 bytes, quint64 volumeOffset);
+    // During a restore: the file's bytes in this range are wrong (zeros or worse).
+    void noteDamaged(quint64 fileOffset, quint64 bytes);
     void setVolumeBytes(quint64 bytes) { m_volumeBytes = bytes; }
     void countReadErrors(quint64 count) { m_readErrors += count; }
     // Whether a file of this name is of a type the user chose.

@@ -115,7 +115,7 @@ bool FileListRows::isCarvedFolder(const FolderNode* folder)
 QString FileListRows::statusText(bool carved, const FoundFile& file)
 {
     if (!carved)
-        return QObject::tr("已删除");
+        return file.nameOnly ? QObject::tr("已删除（仅文件名）") : QObject::tr("已删除");
     return file.cut ? QObject::tr("碎片恢复（不完整）") : QObject::tr("碎片恢复");
 }
 

@@ -27,7 +27,8 @@ public:
     static QString sizeText(quint64 bytes);
     // The icon path for a name's extension, whatever its case; ":./null.ico" without an entry.
     static QString iconPath(const QString& fileName, const QMap<QString, QString>& iconMap);
-    // "已删除" for a deleted file found in the file system's records;
+    // "已删除" for a deleted file found in the file system's records,
+    // "已删除（仅文件名）" for one of which only the name is left;
     // "碎片恢复" for one carved by signature, "碎片恢复（不完整）" where its
     // structure broke off before its end.
     static QString statusText(bool carved, const FoundFile& file);

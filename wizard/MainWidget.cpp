@@ -93,6 +93,7 @@ QString whyNotWritten(RestoreFailure failure)
     case RestoreFailure::OutsideDevice: return QObject::tr("数据位于设备范围之外");
     case RestoreFailure::RecordUnreadable: return QObject::tr("文件记录无法读取");
     case RestoreFailure::DeviceFailed: return QObject::tr("设备读取失败");
+    case RestoreFailure::NameOnly: return QObject::tr("仅存文件名，内容已无法恢复");
     case RestoreFailure::None:
     case RestoreFailure::WriteFailed: break;
     }

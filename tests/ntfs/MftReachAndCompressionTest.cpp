@@ -80,4 +80,14 @@ TEST(CompressedStream, ReadsPlainCompressedAndSparseUnitsAndZerosPastTheInitiali
     const QByteArray expected = QByteArray(kUnit, 'p') + QByteArray(4096, 'c') + QByteArray(kUnit - 4096, '\0')
         + QByteArray(kUnit, '\0') + QByteArray(1000, 'q') + QByteArray(kUnit - 1100, '\0');
     EXPECT_TRUE(out == expected);
+    // An unreadable stored cluster spoils a compressed unit whole, a plain one's clusters only.
+    const auto failing = [&](void* buffer, quint64 bytes, quint64 at) { return at == 16 * kCluster || at == 32 * kCluster ? -1 : read(buffer, bytes, at); };
+    QStringList damaged, pieces;
+    const auto note = [&](quint64 at, quint64 bytes) { damaged << QStringLiteral("%1+%2").arg(at).arg(bytes); };
+    EXPECT_EQ(CompressedStream::stream(file, kCluster, quint64(volume.size()), failing, sink, note), 2u);
+    EXPECT_EQ(damaged.join(' ').toStdString(), "8192+8192 24576+1000");
+    // Stored bytes by unit: a compressed unit's carry what they expand to.
+    for (const CompressedStream::Piece& p : CompressedStream::pieces(file, kCluster, quint64(volume.size())))
+        pieces << QStringLiteral("%1@%2+%3/%4").arg(p.fileOffset).arg(p.volumeOffset).arg(p.length).arg(p.expandsTo);
+    EXPECT_EQ(pieces.join(' ').toStdString(), "0@0+8192/0 8192@8192+4608/8192 24576@16384+1000/0");
 }
