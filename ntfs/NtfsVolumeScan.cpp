@@ -565,7 +565,7 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
         file->name = file->name.isEmpty() ? name : name + QLatin1Char(':') + file->name;
         file->modifiedMsecs = FileNameAttribute::toMsecs(p.name.modified);
         ++totals->results;
-        totals->totalSize += file->nameOnly ? 0 : file->size;
+        totals->totalSize += file->size; // as the tree counts it, a name-only file by its former size
         folder->addFile(file);
         markClusters(file);
     }

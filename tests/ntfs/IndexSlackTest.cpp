@@ -5,7 +5,7 @@
 #include "ntfs/IndexSlack.h"
 #include "ntfs/NtfsVolumeScan.h"
 #include "results/NtfsFile.h"
-#include "scan/VolumeHarness.h"
+#include "fixtures/ScanRun.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -58,9 +58,9 @@ QStringList slackNames(const QByteArray& block)
 TEST(IndexSlack, NamesWhoseRecordIsGoneAreListedOnceWithoutContent)
 {
     const QByteArray volume = slackVolume();
-    VolumeHarness<NtfsVolumeScan> h(new NtfsVolumeScan("vol", memoryVolume(volume), 0));
-    h.run();
-    const auto files = h.files<NtfsFile>();
+    ScanRun h(new NtfsVolumeScan("vol", memoryVolume(volume), 0));
+    ASSERT_TRUE(h.run());
+    const auto files = h.byPath<NtfsFile>();
     EXPECT_EQ(files.keys().join(' ').toStdString(), "docs/deleted.txt docs/lost.txt docs/reused.txt");
     EXPECT_EQ(h.content(files.value("docs/deleted.txt")), QByteArray("deleted"));
     for (const char* nameOnly : {"docs/lost.txt", "docs/reused.txt"}) {
@@ -71,7 +71,7 @@ TEST(IndexSlack, NamesWhoseRecordIsGoneAreListedOnceWithoutContent)
     EXPECT_EQ(files.value("docs/lost.txt")->size, 11u);
 
     QTemporaryDir target;
-    h.restore(target.path());
+    ASSERT_TRUE(h.restore(target.path()));
     for (const RestoredFile& f : h.scan->restoreReport.files())
         EXPECT_EQ(f.failure == RestoreFailure::NameOnly, f.path.contains(QLatin1String("docs/lost")) || f.path.contains(QLatin1String("docs/reused")))
             << f.path.toStdString();

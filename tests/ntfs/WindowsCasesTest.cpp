@@ -6,7 +6,7 @@
 #include "ScanListing.h"
 #include "fixtures/TestPaths.h"
 #include "ntfs/NtfsVolumeScan.h"
-#include "scan/VolumeHarness.h"
+#include "fixtures/ScanRun.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -89,20 +89,20 @@ TEST(NtfsCases, AnUnreadableCompressedUnitIsReportedDamagedWhole)
     QTemporaryDir tmp;
     const QByteArray volume = CliRunner::readFile(
         CliRunner::unxz(TestPaths::sourceDir() + QStringLiteral("/tests/fixtures/ntfs-cases.img.xz"), tmp.path(), QStringLiteral("made.img")));
-    VolumeHarness<NtfsVolumeScan> probe(new NtfsVolumeScan(QStringLiteral("C"), memoryVolume(volume), 0));
-    probe.run();
+    ScanRun probe(new NtfsVolumeScan(QStringLiteral("C"), memoryVolume(volume), 0));
+    ASSERT_TRUE(probe.run());
     QString path;
     VolumeScan::StoredRun unit;
-    const QMap<QString, FoundFile*> files = probe.files();
+    const QMap<QString, FoundFile*> files = probe.byPath();
     for (auto it = files.cbegin(); it != files.cend() && path.isEmpty(); ++it)
-        for (const VolumeScan::StoredRun& r : probe.scan->storedRuns(*it.value()))
+        for (const VolumeScan::StoredRun& r : probe.as<NtfsVolumeScan>()->storedRuns(*it.value()))
             if (r.expandsTo && path.isEmpty())
                 path = it.key(), unit = r;
     ASSERT_FALSE(path.isEmpty());
     const auto readable = [&](quint64 at, quint64 bytes) { return at > unit.volumeOffset || at + bytes <= unit.volumeOffset; };
-    VolumeHarness<NtfsVolumeScan> h(new NtfsVolumeScan(QStringLiteral("C"), memoryVolume(volume, readable), 0));
-    h.run();
-    h.restore(tmp.filePath(QStringLiteral("out")));
+    ScanRun h(new NtfsVolumeScan(QStringLiteral("C"), memoryVolume(volume, readable), 0));
+    ASSERT_TRUE(h.run());
+    ASSERT_TRUE(h.restore(tmp.filePath(QStringLiteral("out"))));
     QStringList damaged;
     for (const RestoredFile& f : h.scan->restoreReport.files())
         for (const BadRange& r : f.badRanges)
