@@ -29,6 +29,12 @@ bool RawVolumeScan::scanMetadata(ScanTotals&)
     return true;
 }
 
+void RawVolumeScan::prepareCarvingResume()
+{
+    ScanTotals none;
+    scanMetadata(none);
+}
+
 quint64 RawVolumeScan::progressTotal() const
 {
     return volumeBytes() >> kSectorShift;

@@ -123,6 +123,15 @@ void ExfatVolumeScan::scanFinished()
     m_lastPath.clear();
 }
 
+void ExfatVolumeScan::prepareCarvingResume()
+{
+    if (!m_opened)
+        return;
+    ExfatVolume volume(m_boot, [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); });
+    volume.load();
+    m_bitmap = volume.bitmap();
+}
+
 void ExfatVolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
     // The heap walked like a FAT32 data area: cluster 2 at its start, one
