@@ -3,6 +3,7 @@
 // under 60% of the source again. Saved files that are damaged or of another
 // source are refused.
 #include "fixtures/CliRunner.h"
+#include "imaging/ExfatImageBuilder.h"
 #include "scan/SavedScan.h"
 #include "tools/demo/DemoDisk.h"
 
@@ -14,9 +15,11 @@
 #include <iostream>
 
 namespace {
+constexpr quint32 kExfatClusters = 40000;
+
 struct Halt {
     const char* name;
-    QStringList scan;   // mode and source, the demo disk's path appended to the last
+    QStringList scan;   // mode and source, the image's path put before the last
     const char* how;    // OSTREL_TEST_HALT
     quint64 sourceBytes;
 };
@@ -35,6 +38,12 @@ protected:
         dir = new QTemporaryDir;
         demo = dir->filePath("demo.img");
         ASSERT_TRUE(DemoDisk::save(DemoDisk::build(), demo));
+        // An exFAT volume with pictures in free clusters on both sides of its middle.
+        ExfatImageBuilder exfat(kExfatClusters);
+        for (quint32 i = 1; i <= 8; ++i)
+            exfat.writeAt(i * kExfatClusters / 9, DemoDisk::picture("png", int(i), 64, 48));
+        QFile f(dir->filePath("exfat.img"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly) && f.write(exfat.image()) > 0);
     }
     static void TearDownTestSuite() { delete dir; }
     static QTemporaryDir* dir;
@@ -47,7 +56,7 @@ TEST_P(ResumeTest, GoesOnToTheSameListingReadingUnder60PercentAgain)
 {
     const Halt& h = GetParam();
     QStringList scan = QStringList{"scan", "--images-only", "--json"} + h.scan;
-    scan.last() = demo + scan.last();
+    scan.last() = (scan.last() == "exfat" ? dir->filePath("exfat.img") : demo + scan.last());
     QJsonObject whole = jsonOf(CliRunner::run(scan));
     const QString saved = dir->filePath(QString("%1.scan").arg(h.name));
     qputenv("OSTREL_TEST_HALT", h.how);
@@ -75,6 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
     DemoDisk, ResumeTest,
     testing::Values(Halt{"FormatCtrlC", {"--mode", "format", "@1"}, "INT", DemoDisk::kNtfsBytes},
                     Halt{"FormatKill", {"--mode", "format", "@1"}, "KILL", DemoDisk::kNtfsBytes},
+                    Halt{"ExfatFormatKill", {"--mode", "format", "exfat"}, "KILL", kExfatClusters * 1024},
                     Halt{"PartitionCtrlC", {"--mode", "partition", ""}, "INT", DemoDisk::kDiskBytes},
                     Halt{"PartitionKill", {"--mode", "partition", ""}, "KILL", DemoDisk::kDiskBytes}),
     [](const testing::TestParamInfo<Halt>& info) { return info.param.name; });
