@@ -29,10 +29,11 @@ bool RawVolumeScan::scanMetadata(ScanTotals&)
     return true;
 }
 
-void RawVolumeScan::prepareCarvingResume()
+bool RawVolumeScan::prepareCarvingResume(const QByteArray& state)
 {
     ScanTotals none;
     scanMetadata(none);
+    return state.isEmpty();
 }
 
 quint64 RawVolumeScan::progressTotal() const

@@ -20,7 +20,7 @@ protected:
     void carveFreeBlocks(const CarvingContext& context) override;
     // The block size is guessed again: the guess reads the same sample.
     bool canResumeCarving() const override { return true; }
-    void prepareCarvingResume() override;
+    bool prepareCarvingResume(const QByteArray& state) override;
 
 private:
     BlockAlignment m_alignment;

@@ -123,13 +123,14 @@ void ExfatVolumeScan::scanFinished()
     m_lastPath.clear();
 }
 
-void ExfatVolumeScan::prepareCarvingResume()
+bool ExfatVolumeScan::prepareCarvingResume(const QByteArray& state)
 {
     if (!m_opened)
-        return;
+        return state.isEmpty();
     ExfatVolume volume(m_boot, [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); });
     volume.load();
     m_bitmap = volume.bitmap();
+    return state.isEmpty();
 }
 
 void ExfatVolumeScan::carveFreeBlocks(const CarvingContext& context)

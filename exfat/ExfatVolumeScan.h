@@ -36,7 +36,7 @@ protected:
     void scanFinished() override;
     // The allocation bitmap again: all the carving pass needs.
     bool canResumeCarving() const override { return true; }
-    void prepareCarvingResume() override;
+    bool prepareCarvingResume(const QByteArray& state) override;
 
 private:
     void fileDeleted(ScanTotals& totals, const ExfatVolume& volume, const QStringList& folder, const ExfatEntrySet& set);

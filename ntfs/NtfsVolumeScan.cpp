@@ -191,7 +191,7 @@ void NtfsVolumeScan::scanFinished()
     bitmapClusters = 0;
 }
 
-void NtfsVolumeScan::prepareCarvingResume()
+bool NtfsVolumeScan::prepareCarvingResume(const QByteArray& state)
 {
     loadClusterBitmap();
     QList<const FolderNode*> pending{rootFolder};
@@ -202,6 +202,7 @@ void NtfsVolumeScan::prepareCarvingResume()
             if (const auto* ntfs = dynamic_cast<const NtfsFile*>(file))
                 markClusters(ntfs);
     }
+    return state.isEmpty();
 }
 
 void NtfsVolumeScan::carveFreeBlocks(const CarvingContext& c)

@@ -64,7 +64,7 @@ protected:
     void scanFinished() override;
     // The cluster bitmap again, with the first clusters of the files in the tree marked.
     bool canResumeCarving() const override { return true; }
-    void prepareCarvingResume() override;
+    bool prepareCarvingResume(const QByteArray& state) override;
 
 private:
     // A deleted file met by a pass, filed once the pass has met every directory.

@@ -107,10 +107,9 @@ void VolumeScan::scan()
 bool VolumeScan::metadataOrResume(ScanTotals& totals)
 {
     const ResumePoint from = resumeFrom;
-    const bool goOn = from.phase == ResumePoint::Done || (from.phase == ResumePoint::Carving && canResumeCarving());
+    const bool goOn = from.phase == ResumePoint::Done
+                      || (from.phase == ResumePoint::Carving && canResumeCarving() && prepareCarvingResume(from.scannerState));
     if (goOn) {
-        if (from.phase == ResumePoint::Carving)
-            prepareCarvingResume();
         totals = {from.runningNumber, from.results, from.totalSize};
         return true;
     }
@@ -157,9 +156,12 @@ CarvingContext VolumeScan::carvingContext(ScanTotals& totals)
     c.accepts = [this](const QString& name) { return filterAccepts(name); };
     c.resume = resumeFrom.phase == ResumePoint::Carving;
     c.resumeBlock = resumeFrom.position;
-    if (canResumeCarving())
+    // A FAT file scan walks the free clusters too, for folders only: not a carving pass to go on from.
+    if (canResumeCarving() && doExtra)
         c.atCheck = [this, &totals](quint64 block, quint64 end) {
-            noteResumePoint(pointAt(ResumePoint::Carving, block, end, totals));
+            ResumePoint p = pointAt(ResumePoint::Carving, block, end, totals);
+            p.scannerState = carvingState();
+            noteResumePoint(p);
         };
     return c;
 }

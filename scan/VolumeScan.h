@@ -80,9 +80,12 @@ protected:
     // resume scans from the beginning.
     virtual bool canResumeCarving() const { return false; }
     // Makes ready for a carving pass that goes on over a saved tree, without
-    // the metadata pass: what the pass needs of the file system, from the disk
-    // and from the files in the tree.
-    virtual void prepareCarvingResume() {}
+    // the metadata pass: what the pass needs of the file system, from the disk,
+    // from the files in the tree and from state (what carvingState gave at
+    // that point). False when state does not fit: the scan begins again.
+    virtual bool prepareCarvingResume(const QByteArray& state) { return state.isEmpty(); }
+    // What the carving pass carries besides the tree, at a check point.
+    virtual QByteArray carvingState() const { return {}; }
 
     // One unit of the metadata pass, at progress figure position: a check
     // point every kCheckEvery units, progress at most every kProgressMsecs.

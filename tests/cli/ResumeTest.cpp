@@ -3,6 +3,7 @@
 // under 60% of the source again. Saved files that are damaged or of another
 // source are refused.
 #include "fixtures/CliRunner.h"
+#include "fixtures/TestPaths.h"
 #include "imaging/ExfatImageBuilder.h"
 #include "scan/SavedScan.h"
 #include "tools/demo/DemoDisk.h"
@@ -42,6 +43,8 @@ protected:
         ExfatImageBuilder exfat(kExfatClusters);
         for (quint32 i = 1; i <= 8; ++i)
             exfat.writeAt(i * kExfatClusters / 9, DemoDisk::picture("png", int(i), 64, 48));
+        // Lost folders in free clusters on both sides: the folder search's findings are saved.
+        ASSERT_FALSE(CliRunner::unxz(TestPaths::sourceDir() + "/tests/fixtures/fat-folders.img.xz", dir->path(), "folders").isEmpty());
         QFile f(dir->filePath("exfat.img"));
         ASSERT_TRUE(f.open(QIODevice::WriteOnly) && f.write(exfat.image()) > 0);
     }
@@ -56,7 +59,7 @@ TEST_P(ResumeTest, GoesOnToTheSameListingReadingUnder60PercentAgain)
 {
     const Halt& h = GetParam();
     QStringList scan = QStringList{"scan", "--images-only", "--json"} + h.scan;
-    scan.last() = (scan.last() == "exfat" ? dir->filePath("exfat.img") : demo + scan.last());
+    scan.last() = scan.last().startsWith('@') || scan.last().isEmpty() ? demo + scan.last() : dir->filePath(scan.last());
     QJsonObject whole = jsonOf(CliRunner::run(scan));
     const QString saved = dir->filePath(QString("%1.scan").arg(h.name));
     qputenv("OSTREL_TEST_HALT", h.how);
@@ -84,7 +87,9 @@ INSTANTIATE_TEST_SUITE_P(
     DemoDisk, ResumeTest,
     testing::Values(Halt{"FormatCtrlC", {"--mode", "format", "@1"}, "INT", DemoDisk::kNtfsBytes},
                     Halt{"FormatKill", {"--mode", "format", "@1"}, "KILL", DemoDisk::kNtfsBytes},
-                    Halt{"ExfatFormatKill", {"--mode", "format", "exfat"}, "KILL", kExfatClusters * 1024},
+                    Halt{"FatFormatCtrlC", {"--mode", "format", "@2"}, "INT", DemoDisk::kFat32Bytes},
+                    Halt{"FatFoldersKill", {"--mode", "format", "folders"}, "KILL", 34 << 20},
+                    Halt{"ExfatFormatKill", {"--mode", "format", "exfat.img"}, "KILL", kExfatClusters * 1024},
                     Halt{"PartitionCtrlC", {"--mode", "partition", ""}, "INT", DemoDisk::kDiskBytes},
                     Halt{"PartitionKill", {"--mode", "partition", ""}, "KILL", DemoDisk::kDiskBytes}),
     [](const testing::TestParamInfo<Halt>& info) { return info.param.name; });
