@@ -12,7 +12,9 @@ struct FoundFile;
 class CarvedFolders {
 public:
     // Makes "额外文件" at once, so a pass that finds nothing still shows it.
-    CarvedFolders(FolderNode* root, int partIndex, bool ntfs);
+    // With adopt (a resumed pass), takes the one an earlier run of the pass
+    // left, and goes on with its folders and names.
+    CarvedFolders(FolderNode* root, int partIndex, bool ntfs, bool adopt = false);
 
     FolderNode* extraFolder() const { return m_extra; }
 
@@ -28,6 +30,9 @@ public:
     static constexpr int kFilesPerFolder = 20; // keeps a folder's list short enough to browse
 
 private:
+    void adoptFolders();
+    void adoptNames(const FolderNode* folder);
+
     struct KindFolder {
         FolderNode* current = nullptr;
         int number = 1;

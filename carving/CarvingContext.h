@@ -30,6 +30,13 @@ struct CarvingContext {
     quint64 volumeBytes = 0;
     // Whether a found file of this name is of a type the user chose; empty: all are.
     std::function<bool(const QString& name)> accepts;
+    // A resumed walk goes on at resumeBlock, over a tree that holds what the
+    // walk found before it ("额外文件" included).
+    bool resume = false;
+    quint64 resumeBlock = 0;
+    // Told at each check point the block the walk stands at (every block
+    // before it is done and filed) and the block it ends at. May be empty.
+    std::function<void(quint64 block, quint64 endBlock)> atCheck;
 };
 
 // An NTFS volume as the pass walks it: the clear bits of the cluster bitmap

@@ -21,7 +21,7 @@ CarvingPass::CarvingPass(const CarvingContext& context, const CarvingRegion& reg
     : m_context(context), m_region(region), m_kinds(CarveKinds::all()), m_record(record)
 {
     if (region.carve)
-        m_folders.emplace(context.root, context.partIndex, ntfs);
+        m_folders.emplace(context.root, context.partIndex, ntfs, context.resume);
 }
 
 bool CarvingPass::contextUsable(const CarvingContext& context)
@@ -99,11 +99,14 @@ bool CarvingPass::walk()
     const quint64 end = m_region.endBlock;
     BlockWindow window(m_context.read, {m_region.blockBytes, m_region.firstBlock, m_region.firstOffset, end},
                        [this](quint64 b) { return isFree(b); });
-    for (quint64 b = m_region.firstBlock; b < end; ++b) {
+    const quint64 first = m_context.resume ? qMax(m_region.firstBlock, m_context.resumeBlock) : m_region.firstBlock;
+    if (m_context.atCheck)
+        m_context.atCheck(first, end);
+    for (quint64 b = first; b < end; ++b) {
         // Behind the device's end nothing more can be read, whatever the file system says.
         if (window.pastEnd(b))
             break;
-        if (checkDue())
+        if (checkDue(b))
             return false;
         if (m_context.scanOne)
             m_context.scanOne(b - m_region.firstBlock + window.readAhead(b), end - m_region.firstBlock);
@@ -122,10 +125,12 @@ bool CarvingPass::walk()
     return true;
 }
 
-bool CarvingPass::checkDue()
+bool CarvingPass::checkDue(quint64 block)
 {
     bool stop = false;
     if (m_checkCounter % kCheckEvery == 0) {
+        if (m_context.atCheck)
+            m_context.atCheck(block, m_region.endBlock);
         stop = m_context.checkPoint && m_context.checkPoint();
         m_checkCounter = 1;
     }

@@ -44,7 +44,7 @@ private:
     static bool contextUsable(const CarvingContext& context);
     bool blockSizeUsable() const;
     bool walk();
-    bool checkDue();
+    bool checkDue(quint64 block);
     bool isFree(quint64 block) const { return (!m_region.free || m_region.free(block)) && !isListed(block); }
     bool isListed(quint64 block) const;
     // Carves at a block whose header matched; returns the blocks it covers (0: none).

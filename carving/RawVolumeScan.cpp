@@ -29,6 +29,13 @@ bool RawVolumeScan::scanMetadata(ScanTotals&)
     return true;
 }
 
+bool RawVolumeScan::prepareCarvingResume(const QByteArray& state)
+{
+    ScanTotals none;
+    scanMetadata(none);
+    return state.isEmpty();
+}
+
 quint64 RawVolumeScan::progressTotal() const
 {
     return volumeBytes() >> kSectorShift;

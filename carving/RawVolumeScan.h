@@ -18,6 +18,9 @@ protected:
     bool scanMetadata(ScanTotals& totals) override;
     quint64 progressTotal() const override;
     void carveFreeBlocks(const CarvingContext& context) override;
+    // The block size is guessed again: the guess reads the same sample.
+    bool canResumeCarving() const override { return true; }
+    bool prepareCarvingResume(const QByteArray& state) override;
 
 private:
     BlockAlignment m_alignment;

@@ -7,6 +7,7 @@
 #include "results/CheckStates.h"
 #include "results/FolderNode.h"
 #include "scan/PartScan.h"
+#include "scan/ScanSaver.h"
 #include "volumes/VolumeOpener.h"
 #include "scan/device/CombinedDeviceLayer.h"
 #include "scan/device/Console.h"
@@ -20,9 +21,11 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 namespace {
 const char* const kUnrecognised = "无法识别的文件系统。";
@@ -254,7 +257,10 @@ void addScanOptions(QCommandLineParser& parser)
     parser.addOption({QStringLiteral("after"), QStringLiteral("List and restore only files modified on or after DATE (yyyy-MM-dd, UTC)."), QStringLiteral("DATE")});
     parser.addOption({QStringLiteral("before"), QStringLiteral("List and restore only files modified on or before DATE."), QStringLiteral("DATE")});
     parser.addOption({QStringLiteral("name"), QStringLiteral("List and restore only files whose name contains TEXT, or matches it with * and ?, in any case."), QStringLiteral("TEXT")});
-    parser.addPositionalArgument(QStringLiteral("SOURCE"), QStringLiteral("E, disk:N, IMAGE or IMAGE@N"));
+    parser.addOption({QStringLiteral("save"), QStringLiteral("Keep the scan saved in FILE (every minute and when it ends or is stopped), to go on with --resume."), QStringLiteral("FILE")});
+    parser.addOption({QStringLiteral("resume"), QStringLiteral("Go on with the scan saved in FILE: its source and options, from where it stood. It is saved there again as it goes."), QStringLiteral("FILE")});
+    parser.addOption({QStringLiteral("save-every"), QStringLiteral("Save every SECONDS instead of every 60."), QStringLiteral("SECONDS")});
+    parser.addPositionalArgument(QStringLiteral("SOURCE"), QStringLiteral("E, disk:N, IMAGE or IMAGE@N (not with --resume)"));
 }
 
 // The options that narrow what is listed and restored, as the wizard's filters do.
@@ -364,6 +370,102 @@ int fail(const Failure& f)
     return f.code;
 }
 
+// What a command scans and how: from its arguments, or from the saved scan it resumes.
+struct ScanRequest {
+    QString sourceText;
+    QString mode;
+    ScanOptions options;
+    std::optional<SavedScan> resumed;
+    QString savePath;
+    int saveEvery = ScanSaver::kDefaultSeconds;
+};
+
+Failure scanRequest(const QCommandLineParser& parser, ScanRequest* r)
+{
+    const QString resume = parser.value(QStringLiteral("resume"));
+    const QStringList positional = parser.positionalArguments();
+    r->savePath = resume.isEmpty() ? parser.value(QStringLiteral("save")) : resume;
+    if (parser.isSet(QStringLiteral("save-every"))) {
+        bool ok = false;
+        r->saveEvery = parser.value(QStringLiteral("save-every")).toInt(&ok);
+        if (!ok || r->saveEvery < 0)
+            return {CliApp::Usage, QStringLiteral("--save-every: give a number of seconds")};
+    }
+    if (resume.isEmpty()) {
+        if (positional.size() != 1)
+            return {CliApp::Usage, QStringLiteral("give exactly one SOURCE (see --help)")};
+        r->sourceText = positional.first();
+        r->mode = parser.value(QStringLiteral("mode"));
+        return scanOptions(parser, &r->options);
+    }
+    if (!positional.isEmpty() || parser.isSet(QStringLiteral("save")))
+        return {CliApp::Usage, QStringLiteral("--resume takes the source and the scan options from FILE")};
+    SavedScan saved;
+    QString why;
+    if (!SavedScan::read(resume, &saved, &why))
+        return {CliApp::BadSave, why};
+    r->sourceText = saved.source;
+    r->mode = saved.mode;
+    r->options = {saved.mode == QLatin1String("partition"), saved.doExtra, saved.fileFilter};
+    r->resumed = saved;
+    return {};
+}
+
+// How a saved scan names its source: an image by its absolute path, so a
+// resume from another folder finds it.
+QString savedSourceName(const SourceSpec& source, const QString& text)
+{
+    if (source.kind != SourceSpec::Image)
+        return text;
+    const QString path = QFileInfo(source.imagePath).absoluteFilePath();
+    return source.partition ? QStringLiteral("%1@%2").arg(path).arg(source.partition) : path;
+}
+
+// Tests stop a saving scan about half way through its pass, as a Ctrl-C
+// (OSTREL_TEST_HALT=INT) or a crash (KILL) would, at a check point.
+void haltForTests(PartScan& scanner)
+{
+    static const QByteArray how = qgetenv("OSTREL_TEST_HALT");
+    static bool halted = false;
+    const ResumePoint& p = scanner.resumePoint;
+    if (how.isEmpty() || halted || p.phase == ResumePoint::Start || p.phase == ResumePoint::Done || p.position * 2 < p.end)
+        return;
+    halted = true;
+    if (how == "KILL")
+        std::raise(SIGKILL);
+    std::raise(SIGINT);
+    scanner.stop(); // at once, as the progress tick would a moment later
+}
+
+// The fingerprint check and the saved tree for a resume; the saver for --save and --resume.
+Failure prepareSave(const ScanRequest& r, const Target& t, ScanSession& session, std::unique_ptr<ScanSaver>* saver)
+{
+    if (r.savePath.isEmpty())
+        return {};
+    PartScan* scanner = session.scanner();
+    SavedScan header;
+    header.fingerprint = SavedScan::fingerprintOf(scanner->handle);
+    if (r.resumed) {
+        if (r.resumed->fingerprint != header.fingerprint)
+            return {CliApp::BadSave, QStringLiteral("%1 was saved from another source: %2 differs in size or content")
+                                         .arg(r.savePath, r.sourceText)};
+        QString why;
+        if (!r.resumed->applyTo(scanner, &why))
+            return {CliApp::BadSave, QStringLiteral("%1: %2").arg(r.savePath, why)};
+    }
+    const QString refusal = SourceGuard::refusalForDisk(QFileInfo(r.savePath).absolutePath(), t.disk);
+    if (!refusal.isEmpty())
+        return {CliApp::BadTarget, refusal};
+    header.source = r.sourceText;
+    header.mode = r.mode;
+    header.fileFilter = r.options.fileFilter;
+    header.doExtra = r.options.doExtra;
+    *saver = std::make_unique<ScanSaver>(r.savePath, header, r.saveEvery);
+    (*saver)->afterPoint = haltForTests;
+    (*saver)->attach(scanner);
+    return {};
+}
+
 int scanOrRestore(const QStringList& args, bool restore)
 {
     QCommandLineParser parser;
@@ -378,23 +480,25 @@ int scanOrRestore(const QStringList& args, bool restore)
         parser.addOption({QStringLiteral("keep-both"), QStringLiteral("A file whose name is taken in DIR is written as \"name (2).ext\" instead of replacing it.")});
     }
     parser.process(args);
-    if (parser.positionalArguments().size() != 1)
-        return fail({CliApp::Usage, QStringLiteral("give exactly one SOURCE (see --help)")});
     if (restore && parser.value(QStringLiteral("to")).isEmpty())
         return fail({CliApp::Usage, QStringLiteral("restore needs --to DIR")});
 
-    ScanOptions options;
-    Failure f = scanOptions(parser, &options);
+    ScanRequest request;
+    Failure f = scanRequest(parser, &request);
     if (f.code != CliApp::Ok)
         return fail(f);
+    const ScanOptions& options = request.options;
     ResultFilter filter;
     f = filterOptions(parser, &filter);
     if (f.code != CliApp::Ok)
         return fail(f);
     SourceSpec source;
     QString parseError;
-    if (!SourceSpec::parse(parser.positionalArguments().first(), &source, &parseError))
+    if (!SourceSpec::parse(request.sourceText, &source, &parseError))
         return fail({CliApp::BadPartition, parseError});
+    const QString shownSource = request.sourceText;
+    if (!request.resumed)
+        request.sourceText = savedSourceName(source, request.sourceText);
     Devices devices(parser.isSet(QStringLiteral("images-only")));
     f = devices.addImages(parser.values(QStringLiteral("image")));
     if (f.code != CliApp::Ok)
@@ -416,8 +520,17 @@ int scanOrRestore(const QStringList& args, bool restore)
     if (!session)
         return fail(f);
     session->setShowProgress(Console::stderrIsTerminal());
+    std::unique_ptr<ScanSaver> saver;
+    f = prepareSave(request, target, *session, &saver);
+    if (f.code != CliApp::Ok)
+        return fail(f);
     session->scan();
-    f = writeListings(parser, *session, parser.positionalArguments().first());
+    QString saveProblem;
+    if (saver && !saver->saveNow(*session->scanner(), &saveProblem))
+        return fail({CliApp::BadTarget, saveProblem});
+    if (saver && session->interrupted())
+        err(QStringLiteral("ostrel-cli: the scan is saved in %1; go on with: ostrel-cli scan --resume %1\n").arg(saver->path()));
+    f = writeListings(parser, *session, shownSource);
     if (f.code != CliApp::Ok)
         return fail(f);
 
@@ -458,6 +571,7 @@ int scanOrRestore(const QStringList& args, bool restore)
         doc.insert("results", double(session->results()));
         doc.insert("totalSize", double(session->totalSize()));
         doc.insert("unreadable", badRangesJson(scanner.badRanges()));
+        doc.insert("bytesRead", double(scanner.bytesRead));
         if (restore) {
             doc.insert("restoredFiles", double(session->restoredFiles()));
             doc.insert("restoredBytes", double(session->restoredBytes()));
@@ -477,7 +591,8 @@ void usage()
 {
     err(QStringLiteral("usage: ostrel-cli devices [--json] [--image FILE]...\n"
                        "       ostrel-cli scan [--mode file|format|partition] [--deep] [--types \".jpg;.png\"] [--json]\n"
-                       "                       [--csv FILE] [--dfxml FILE] SOURCE\n"
+                       "                       [--csv FILE] [--dfxml FILE] [--save FILE] SOURCE\n"
+                       "       ostrel-cli scan --resume FILE [--json]\n"
                        "       ostrel-cli restore [scan options] [--only PATH]... [--keep-both] --to DIR SOURCE\n"
                        "SOURCE is a drive letter (E), a disk (disk:N), or an image file, optionally with a\n"
                        "1-based partition (card.img@1). Run a command with --help for its options;\n"
@@ -485,7 +600,8 @@ void usage()
                        "Exit status: 0 done, 2 usage, 3 no such source, 4 partition out of range,\n"
                        "5 bad target folder (or on the source device), 6 unrecognised file system,\n"
                        "7 the volume cannot be opened or the device stopped answering,\n"
-                       "8 some files could not be restored (they are listed).\n"));
+                       "8 some files could not be restored (they are listed),\n"
+                       "9 the saved scan is damaged or was saved from another source.\n"));
 }
 } // namespace
 

@@ -13,6 +13,7 @@ public:
         Unrecognised = 6,   // neither NTFS nor FAT32
         Fatal = 7,          // the volume cannot be opened or the device stopped answering
         NotRestored = 8,    // the restore ran, but some files could not be written (they are listed)
+        BadSave = 9,        // the saved scan to resume is damaged, or was saved from another source
         Interrupted = 130,
     };
     static int run(const QStringList& arguments);

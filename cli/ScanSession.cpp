@@ -72,6 +72,8 @@ void ScanSession::runThread()
     m_scanner->start();
     // finished() reaches this loop queued, so it cannot be missed.
     loop.exec();
+    // A Ctrl-C the tick had no time to see still stopped the scan.
+    m_interrupted = m_interrupted || Interrupt::count() > 0;
     if (m_showProgress)
         std::fprintf(stderr, "\r%s\n", line.render().toUtf8().constData());
     // Signals queued just before the thread ended are delivered here.

@@ -6,9 +6,12 @@
 #include "ntfs/NtfsVolumeScan.h"
 #include "results/FolderNode.h"
 #include "results/ResultTree.h"
+#include "results/SavedTree.h"
 #include "scan/CheckedMath.h"
 #include "scan/device/DeviceLayer.h"
 
+#include <QDataStream>
+#include <QIODevice>
 #include <QDateTime>
 #include <QDebug>
 #include <cerrno>
@@ -22,6 +25,10 @@ constexpr quint64 kSector = BootSectorCandidates::kSectorBytes;
 constexpr quint64 kChunkBytes = 4 * 1024 * 1024;
 // Where a FAT32 BPB usually keeps its backup boot sector.
 constexpr quint64 kFat32BackupSector = 6;
+// The layout of the search's part of a saved point.
+constexpr quint32 kStateVersion = 1;
+// More volumes than this on one disk is a damaged saved scan, not a disk.
+constexpr quint32 kMaxSavedVolumes = 65536;
 
 QString now()
 {
@@ -166,11 +173,19 @@ void DiskScan::search()
     runState = Running;
     m_nextNumber = 0;
     m_resumeAt = 0;
+    foundVolumes.clear();
+    resumePoint = ResumePoint();
     qDebug() << "begin:" << now();
     std::vector<uchar> chunk(kChunkBytes);
-    quint64 position = 0;
+    quint64 position = startPosition(size);
     searchEnd = size;
-    while (position < size && !checkPoint()) {
+    while (position < size) {
+        // A stop during the last chunk may have cut a partition's scan short:
+        // the point stays where that chunk began.
+        if (!stopRequested())
+            noteResumePoint(walkPoint(position, size));
+        if (checkPoint())
+            break;
         searchPosition = position;
         const quint64 want = qMin(kChunkBytes, size - position);
         readChunk(chunk.data(), want, position);
@@ -178,6 +193,8 @@ void DiskScan::search()
         position = qMax(position + want, m_resumeAt - m_resumeAt % kSector);
     }
     searchPosition = qMin(position, size);
+    if (!stopRequested())
+        noteResumePoint(walkPoint(size, size));
     qDebug() << "end:" << now();
     emit scanDone(totalResults, totalSize);
 }
@@ -233,9 +250,7 @@ void DiskScan::consider(const VolumeCandidate& c)
     }
     const int number = m_nextNumber;
     emit diskScanBegin(number, VolumeCandidate::kindName(c.kind));
-    QString name = QStringLiteral("%1 %2").arg(number).arg(VolumeCandidate::kindName(c.kind));
-    if (c.fromBackup)
-        name += QStringLiteral(" (备份引导扇区)");
+    const QString name = folderName(c, number);
     FoundVolume found{c, -1};
     if (PartScan* scanner = scannerFor(c, name)) {
         found.partIndex = number;
@@ -295,6 +310,19 @@ PartScan* DiskScan::scannerFor(const VolumeCandidate& c, const QString& name)
 
 void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number)
 {
+    attachPartition(scanner, rootFolder->addChild(name, number, scanner->inherits("NtfsVolumeScan")), number);
+    if (scanner->inherits("NtfsVolumeScan"))
+        qDebug() << "NAME=" << name;
+    setCurrent(scanner);
+    if (!stopRequested()) {
+        scanner->start(QThread::InheritPriority);
+        scanner->wait();
+    }
+    setCurrent(nullptr);
+}
+
+void DiskScan::attachPartition(PartScan* scanner, FolderNode* folder, int number)
+{
     scanner->moveToThread(thread()); // it outlives this run; it lives beside this object
     scanner->handleLock = &m_diskLock;
     scanner->bytesCounter = &bytesRead;
@@ -304,16 +332,101 @@ void DiskScan::scanPartition(PartScan* scanner, const QString& name, int number)
     connect(scanner, &PartScan::scanDone, this, &DiskScan::scanDoneSlot, Qt::DirectConnection);
     connect(scanner, &PartScan::scanOne, this, &PartScan::scanOne);
     connect(scanner, &PartScan::undeleteProgress, this, &PartScan::undeleteProgress);
-    FolderNode* folder = rootFolder->addChild(name, number, scanner->inherits("NtfsVolumeScan"));
     scanner->rootFolder = folder;
     // Listed once it is whole: previews read its root folder from here on.
     ResultTree::of(rootFolder)->addPart(scanner);
-    if (scanner->inherits("NtfsVolumeScan"))
-        qDebug() << "NAME=" << name;
-    setCurrent(scanner);
-    if (!stopRequested()) {
-        scanner->start(QThread::InheritPriority);
-        scanner->wait();
+}
+
+QString DiskScan::folderName(const VolumeCandidate& c, int number)
+{
+    QString name = QStringLiteral("%1 %2").arg(number).arg(VolumeCandidate::kindName(c.kind));
+    if (c.fromBackup)
+        name += QStringLiteral(" (备份引导扇区)");
+    return name;
+}
+
+ResumePoint DiskScan::walkPoint(quint64 position, quint64 end) const
+{
+    ResumePoint p;
+    p.phase = position < end ? ResumePoint::DiskWalk : ResumePoint::Done;
+    p.position = position;
+    p.end = end;
+    p.results = totalResults;
+    p.totalSize = totalSize;
+    p.keepFolders = m_nextNumber;
+    QDataStream out(&p.scannerState, QIODevice::WriteOnly);
+    out << kStateVersion << quint32(m_nextNumber) << m_resumeAt << quint32(foundVolumes.size());
+    for (const FoundVolume& f : foundVolumes) {
+        const VolumeCandidate& v = f.volume;
+        out << quint8(v.kind) << v.volumeStart << v.totalSectors << v.sectorBytes << v.fromBackup << v.bootOffset
+            << v.bootSector << qint32(f.partIndex);
     }
-    setCurrent(nullptr);
+    return p;
+}
+
+quint64 DiskScan::startPosition(quint64 size)
+{
+    const ResumePoint from = resumeFrom;
+    if (from.phase == ResumePoint::Start)
+        return 0;
+    const bool fits = (from.phase == ResumePoint::DiskWalk || from.phase == ResumePoint::Done) && from.end == size
+                      && from.position <= size;
+    if (fits && takeUp(from)) {
+        totalResults = from.results;
+        totalSize = from.totalSize;
+        return from.phase == ResumePoint::Done ? size : from.position;
+    }
+    // Not this disk's search: it begins again on an empty tree.
+    qCritical("DiskScan: the saved search does not fit this disk; searching from the start");
+    SavedTree::clear(rootFolder);
+    resumeFrom = ResumePoint();
+    return 0;
+}
+
+bool DiskScan::takeUp(const ResumePoint& point)
+{
+    QDataStream in(point.scannerState);
+    quint32 version = 0, next = 0, count = 0;
+    quint64 resumeAt = 0;
+    in >> version >> next >> resumeAt >> count;
+    if (in.status() != QDataStream::Ok || version != kStateVersion || count > kMaxSavedVolumes
+        || qsizetype(next) != rootFolder->children.size())
+        return false;
+    QList<FoundVolume> volumes;
+    int scanned = 0;
+    for (quint32 i = 0; i < count; ++i) {
+        FoundVolume f;
+        VolumeCandidate& v = f.volume;
+        quint8 kind = 0;
+        qint32 partIndex = -1;
+        in >> kind >> v.volumeStart >> v.totalSectors >> v.sectorBytes >> v.fromBackup >> v.bootOffset >> v.bootSector >> partIndex;
+        // Partitions are numbered in the order they were found, each once.
+        if (in.status() != QDataStream::Ok || kind == VolumeCandidate::None || kind > VolumeCandidate::ExFat
+            || v.bootSector.size() > qsizetype(kSector) || (partIndex != -1 && partIndex != scanned))
+            return false;
+        v.kind = VolumeCandidate::Kind(kind);
+        f.partIndex = partIndex;
+        scanned += partIndex >= 0;
+        volumes.append(f);
+    }
+    if (quint32(scanned) != next)
+        return false;
+    QList<PartScan*> scanners;
+    for (const FoundVolume& f : volumes) {
+        if (f.partIndex < 0)
+            continue;
+        const QString name = folderName(f.volume, f.partIndex);
+        PartScan* scanner = rootFolder->children.at(f.partIndex)->name == name ? scannerFor(f.volume, name) : nullptr;
+        if (!scanner) {
+            qDeleteAll(scanners);
+            return false;
+        }
+        scanners.append(scanner);
+    }
+    for (int i = 0; i < scanners.size(); ++i)
+        attachPartition(scanners.at(i), rootFolder->children.at(i), i);
+    foundVolumes = volumes;
+    m_nextNumber = int(next);
+    m_resumeAt = resumeAt;
+    return true;
 }

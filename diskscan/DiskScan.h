@@ -5,6 +5,8 @@
 #include <QList>
 #include <QMutex>
 
+struct FolderNode;
+
 // The scanner of a whole disk: reads it once from end to end and tests every
 // sector for the boot sector of an NTFS, FAT or exFAT volume, or for the
 // backup copy of one. Each volume that opens is scanned once with the ordinary
@@ -63,6 +65,18 @@ private:
     // The scanner a kind of volume gets; null while no scanner reads that kind.
     PartScan* scannerFor(const VolumeCandidate& c, const QString& name);
     void scanPartition(PartScan* scanner, const QString& name, int number);
+    // Makes scanner the partition scanner of folder, numbered number.
+    void attachPartition(PartScan* scanner, FolderNode* folder, int number);
+    static QString folderName(const VolumeCandidate& c, int number);
+    // Where the walk stands at position: the volumes found before it and the
+    // partitions scanned, in scannerState.
+    ResumePoint walkPoint(quint64 position, quint64 end) const;
+    // Takes up the search a saved point describes over the tree loaded below
+    // rootFolder: the found volumes, their scanners on their folders. False
+    // when the point does not fit the tree.
+    bool takeUp(const ResumePoint& point);
+    // Where the walk begins: 0, or where a saved point it can take up stands.
+    quint64 startPosition(quint64 size);
     void setCurrent(PartScan* scanner);
 
     int m_disk = -1;

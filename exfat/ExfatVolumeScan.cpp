@@ -123,6 +123,16 @@ void ExfatVolumeScan::scanFinished()
     m_lastPath.clear();
 }
 
+bool ExfatVolumeScan::prepareCarvingResume(const QByteArray& state)
+{
+    if (!m_opened)
+        return state.isEmpty();
+    ExfatVolume volume(m_boot, [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); });
+    volume.load();
+    m_bitmap = volume.bitmap();
+    return state.isEmpty();
+}
+
 void ExfatVolumeScan::carveFreeBlocks(const CarvingContext& context)
 {
     // The heap walked like a FAT32 data area: cluster 2 at its start, one

@@ -34,6 +34,9 @@ protected:
     quint64 progressTotal() const override;
     void carveFreeBlocks(const CarvingContext& context) override;
     void scanFinished() override;
+    // The allocation bitmap again: all the carving pass needs.
+    bool canResumeCarving() const override { return true; }
+    bool prepareCarvingResume(const QByteArray& state) override;
 
 private:
     void fileDeleted(ScanTotals& totals, const ExfatVolume& volume, const QStringList& folder, const ExfatEntrySet& set);

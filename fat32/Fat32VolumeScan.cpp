@@ -14,6 +14,7 @@
 #include <QDebug>
 #include <QQueue>
 #include <QSet>
+#include <utility>
 
 namespace {
 const char kBootSectorWhere[] = "Fat32VolumeScan::parseBootSector";
@@ -138,6 +139,25 @@ bool Fat32VolumeScan::scanMetadata(ScanTotals& totals)
     if (doExtra)
         return true; // the carving pass walks the free clusters and searches them on the way
     return walkFreeClusters(carvingContext(totals), false) && fileFoundFolders(totals);
+}
+
+bool Fat32VolumeScan::prepareCarvingResume(const QByteArray& state)
+{
+    FolderNode scratch;
+    FolderNode* tree = std::exchange(rootFolder, &scratch);
+    ScanTotals none;
+    const bool walked = scanMetadata(none);
+    rootFolder = tree;
+    // Nothing may point into the scratch tree: folders are found again by their paths.
+    for (auto& open : m_open)
+        open.second.dir.folder = nullptr;
+    m_orphans.rebase(rootFolder);
+    return walked && m_search && m_search->restore(state);
+}
+
+QByteArray Fat32VolumeScan::carvingState() const
+{
+    return m_search ? m_search->state() : QByteArray();
 }
 
 void Fat32VolumeScan::scanFinished()

@@ -44,6 +44,12 @@ protected:
     quint64 progressTotal() const override;
     void carveFreeBlocks(const CarvingContext& context) override;
     void scanFinished() override;
+    // The directory walk again, into a tree of its own that is then dropped:
+    // it gives what the walk over free clusters needs. The folder search's
+    // findings come from state.
+    bool canResumeCarving() const override { return true; }
+    bool prepareCarvingResume(const QByteArray& state) override;
+    QByteArray carvingState() const override;
 
 private:
     struct Directory {

@@ -3,6 +3,9 @@
 #include "fat32/FatDirectoryCheck.h"
 #include "scan/CheckedMath.h"
 
+#include <QDataStream>
+#include <QIODevice>
+
 FatFolderSearch::FatFolderSearch(const Geometry& geometry, const QSet<quint32>& known)
     : m_geometry(geometry), m_folderClusters(known), m_buffer(int(geometry.clusterBytes), '\0')
 {
@@ -78,4 +81,53 @@ void FatFolderSearch::noteFiles(const uchar* data)
         quint32& known = m_runs[e.firstCluster];
         known = qMax(known, quint32(end));
     }
+}
+
+QByteArray FatFolderSearch::state() const
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out << quint32(m_folderClusters.size());
+    for (quint32 c : m_folderClusters)
+        out << c;
+    out << quint32(m_starts.size());
+    for (const FolderStart& s : m_starts)
+        out << s.cluster << s.parent;
+    out << quint32(m_lone.size());
+    for (quint32 c : m_lone)
+        out << c;
+    out << quint32(m_runs.size());
+    for (const auto& [first, end] : m_runs)
+        out << first << end;
+    return bytes;
+}
+
+bool FatFolderSearch::restore(const QByteArray& state)
+{
+    QDataStream in(state);
+    // A count, then that many entries through read. No list holds more
+    // entries than the volume has clusters.
+    const auto list = [&](const auto& read) {
+        quint32 n = 0;
+        in >> n;
+        if (in.status() != QDataStream::Ok || n > m_geometry.clusterCount)
+            return false;
+        for (quint32 i = 0; i < n && in.status() == QDataStream::Ok; ++i)
+            read();
+        return true;
+    };
+    QSet<quint32> folders;
+    QList<FolderStart> starts;
+    QList<quint32> lone;
+    std::map<quint32, quint32> runs;
+    quint32 a = 0, b = 0;
+    const bool read = list([&] { in >> a; folders.insert(a); }) && list([&] { in >> a >> b; starts.append({a, b}); })
+                      && list([&] { in >> a; lone.append(a); }) && list([&] { in >> a >> b; runs[a] = b; });
+    if (!read || in.status() != QDataStream::Ok || !in.atEnd())
+        return false;
+    m_folderClusters = folders;
+    m_starts = starts;
+    m_lone = lone;
+    m_runs = runs;
+    return true;
 }

@@ -46,6 +46,10 @@ public:
     bool named(quint32 cluster) const;
 
     const QList<FolderStart>& folderStarts() const { return m_starts; }
+    // What the search has found so far, for a saved scan, and back: false
+    // (the search unchanged) when the bytes are not such a state of this volume.
+    QByteArray state() const;
+    bool restore(const QByteArray& state);
     // Clusters of entries found on their own, not behind a folder start, in ascending order.
     const QList<quint32>& loneClusters() const { return m_lone; }
 

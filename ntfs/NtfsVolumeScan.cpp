@@ -213,6 +213,20 @@ void NtfsVolumeScan::scanFinished()
     bitmapClusters = 0;
 }
 
+bool NtfsVolumeScan::prepareCarvingResume(const QByteArray& state)
+{
+    loadClusterBitmap();
+    QList<const FolderNode*> pending{rootFolder};
+    while (!pending.isEmpty()) {
+        const FolderNode* folder = pending.takeLast();
+        pending.append(QList<const FolderNode*>(folder->children.begin(), folder->children.end()));
+        for (const FoundFile* file : folder->files)
+            if (const auto* ntfs = dynamic_cast<const NtfsFile*>(file))
+                markClusters(ntfs);
+    }
+    return state.isEmpty();
+}
+
 void NtfsVolumeScan::carveFreeBlocks(const CarvingContext& c)
 {
     // Only the first run of $Bitmap was read; without it every cluster counts as free.

@@ -66,6 +66,9 @@ protected:
     // The signature carving pass over the clusters clusterBitmap leaves free.
     void carveFreeBlocks(const CarvingContext& context) override;
     void scanFinished() override;
+    // The cluster bitmap again, with the first clusters of the files in the tree marked.
+    bool canResumeCarving() const override { return true; }
+    bool prepareCarvingResume(const QByteArray& state) override;
 
 private:
     // A deleted file met by a pass, filed once the pass has met every directory.

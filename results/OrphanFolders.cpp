@@ -13,6 +13,12 @@ void OrphanFolders::reset()
     m_index = 1;
 }
 
+void OrphanFolders::rebase(FolderNode* root)
+{
+    if (m_folder)
+        m_folder = root->findChild(m_folder->name);
+}
+
 FolderNode* OrphanFolders::current(FolderNode* root, int partIndex, bool ntfs)
 {
     if (m_folder && m_folder->directCount() >= kEntriesPerFolder) {

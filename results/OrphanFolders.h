@@ -14,6 +14,9 @@ public:
     // The current folder below root, made when first asked for and replaced by
     // the next one when it holds kEntriesPerFolder entries.
     FolderNode* current(FolderNode* root, int partIndex, bool ntfs);
+    // Takes the folder of the same name below root as the current one: for
+    // folders handed out in another tree that root holds a copy of.
+    void rebase(FolderNode* root);
 
 private:
     FolderNode* m_folder = nullptr;

@@ -101,6 +101,13 @@ bool PartScan::checkPoint()
     return runState == Stopped || deviceFailed();
 }
 
+void PartScan::noteResumePoint(const ResumePoint& point)
+{
+    resumePoint = point;
+    if (onResumePoint)
+        onResumePoint();
+}
+
 void PartScan::restoreTree(const QString& targetDir, const RestoreWalk::Content& content)
 {
     restoreReport.clear();

@@ -2,6 +2,7 @@
 #include "results/ResultFilter.h"
 #include "scan/RestoreReport.h"
 #include "scan/RestoreWalk.h"
+#include "scan/ResumePoint.h"
 #include "scan/device/DeviceHandle.h"
 
 #include <QElapsedTimer>
@@ -10,6 +11,7 @@
 #include <QThread>
 #include <QWaitCondition>
 #include <atomic>
+#include <functional>
 
 struct FolderNode;
 struct FoundFile;
@@ -86,6 +88,15 @@ public:
     std::atomic<quint64>* bytesCounter = &bytesRead;
     // What the last restore did with each file.
     RestoreReport restoreReport;
+    // Set before start: the point an earlier run of this scan saved, its tree
+    // already below rootFolder. Start: scan from the beginning.
+    ResumePoint resumeFrom;
+    // Where this run stands; written on the scan's thread at its check points,
+    // read by others once the thread has ended or from onResumePoint.
+    ResumePoint resumePoint;
+    // Called on the scan's thread each time resumePoint moves, with the tree
+    // consistent with it: where a saved scan is written.
+    std::function<void()> onResumePoint;
 
 signals:
     void scanBegin(int total);
@@ -102,6 +113,8 @@ signals:
 
 protected:
     void setOpenProblem(const QString& why) { m_openProblem = why; }
+    // Records where the scan stands and tells onResumePoint.
+    void noteResumePoint(const ResumePoint& point);
     // The check point every scan loop calls at its own cadence: waits while
     // paused; returns true when the scan is to stop.
     bool checkPoint();

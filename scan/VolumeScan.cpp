@@ -2,6 +2,7 @@
 #include "carving/CarvingContext.h"
 #include "results/FolderNode.h"
 #include "results/ResultTree.h"
+#include "results/SavedTree.h"
 #include "scan/CheckedMath.h"
 #include "scan/RestoreSink.h"
 
@@ -67,6 +68,7 @@ void VolumeScan::scan()
 {
     if (rootFolder)
         rootFolder->partIndex = partIndex;
+    resumePoint = ResumePoint();
     qCritical("begin");
     {
         QMutexLocker lock(&mutex);
@@ -84,15 +86,58 @@ void VolumeScan::scan()
     m_progressClock.start();
     m_sinceCheck = 0;
     ScanTotals totals;
-    const bool finished = rootFolder && scanMetadata(totals);
+    const bool finished = rootFolder && metadataOrResume(totals);
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
-    if (doExtra && finished)
+    bool whole = finished;
+    if (doExtra && finished && resumeFrom.phase != ResumePoint::Done) {
         carveFreeBlocks(carvingContext(totals));
+        // A stop leaves the point the walk last stood at; a carving that can't
+        // go on mid-way has recorded none, and a resume begins again.
+        whole = !stopRequested();
+    }
+    if (whole)
+        noteResumePoint(pointAt(ResumePoint::Done, 0, 0, totals));
     scanFinished();
     emit scanDone(totals.results, totals.totalSize);
     qCritical("results=%llu,totalsize=%llu", static_cast<unsigned long long>(totals.results),
               static_cast<unsigned long long>(totals.totalSize));
+}
+
+bool VolumeScan::metadataOrResume(ScanTotals& totals)
+{
+    const ResumePoint from = resumeFrom;
+    const bool goOn = from.phase == ResumePoint::Done
+                      || (from.phase == ResumePoint::Carving && canResumeCarving() && prepareCarvingResume(from.scannerState));
+    if (goOn) {
+        totals = {from.runningNumber, from.results, from.totalSize};
+        return true;
+    }
+    if (from.phase != ResumePoint::Start) {
+        // A saved point this scanner can't go on from: the scan begins again
+        // on an empty tree, so nothing is listed twice.
+        SavedTree::clear(rootFolder);
+        resumeFrom = ResumePoint();
+    }
+    return scanMetadata(totals);
+}
+
+ResumePoint VolumeScan::pointAt(ResumePoint::Phase phase, quint64 position, quint64 end, const ScanTotals& totals)
+{
+    ResumePoint p;
+    p.phase = phase;
+    p.position = position;
+    p.end = end;
+    p.runningNumber = totals.position;
+    p.results = totals.results;
+    p.totalSize = totals.totalSize;
+    return p;
+}
+
+bool VolumeScan::stopRequested()
+{
+    QMutexLocker lock(&mutex);
+    return runState == Stopped || deviceFailed();
 }
 
 CarvingContext VolumeScan::carvingContext(ScanTotals& totals)
@@ -114,6 +159,15 @@ CarvingContext VolumeScan::carvingContext(ScanTotals& totals)
     c.listed = listedExtents();
     c.volumeBytes = volumeBytes();
     c.accepts = [this](const QString& name) { return filterAccepts(name); };
+    c.resume = resumeFrom.phase == ResumePoint::Carving;
+    c.resumeBlock = resumeFrom.position;
+    // A FAT file scan walks the free clusters too, for folders only: not a carving pass to go on from.
+    if (canResumeCarving() && doExtra)
+        c.atCheck = [this, &totals](quint64 block, quint64 end) {
+            ResumePoint p = pointAt(ResumePoint::Carving, block, end, totals);
+            p.scannerState = carvingState();
+            noteResumePoint(p);
+        };
     return c;
 }
 

@@ -92,6 +92,17 @@ protected:
     virtual void carveFreeBlocks(const CarvingContext& context) = 0;
     // After both passes, before scanDone: drops what only the scan needed.
     virtual void scanFinished() {}
+    // Whether this file system's carving pass can go on mid-way over a saved
+    // tree. When not (the default) its scan saves no carving position, and a
+    // resume scans from the beginning.
+    virtual bool canResumeCarving() const { return false; }
+    // Makes ready for a carving pass that goes on over a saved tree, without
+    // the metadata pass: what the pass needs of the file system, from the disk,
+    // from the files in the tree and from state (what carvingState gave at
+    // that point). False when state does not fit: the scan begins again.
+    virtual bool prepareCarvingResume(const QByteArray& state) { return state.isEmpty(); }
+    // What the carving pass carries besides the tree, at a check point.
+    virtual QByteArray carvingState() const { return {}; }
 
     // One unit of the metadata pass, at progress figure position: a check
     // point every kCheckEvery units, progress at most every kProgressMsecs.
@@ -123,6 +134,10 @@ protected:
 private:
     quint64 m_progressScale = 0; // what scanBegin announced
     void scan();
+    // The metadata pass, or the counters of the saved scan it goes on from.
+    bool metadataOrResume(ScanTotals& totals);
+    static ResumePoint pointAt(ResumePoint::Phase phase, quint64 position, quint64 end, const ScanTotals& totals);
+    bool stopRequested();
     // Writes one file's content for the restore, noting the stretches that read as zeros.
     RestoreFailure writeContent(const FoundFile& file, RestoreSink& sink);
 

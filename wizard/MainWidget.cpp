@@ -31,6 +31,8 @@
 #include "wizard/SelectionSums.h"
 #include "wizard/ResultBrowser.h"
 #include "wizard/RestorePlan.h"
+#include "wizard/WizardSaves.h"
+#include "scan/ScanSaver.h"
 #include "wizard/RestoreTargetCheck.h"
 #include "wizard/WizardMessages.h"
 #include "app/AppFont.h"
@@ -390,6 +392,8 @@ void MainWidget::enterMode(int newMode)
     step1Page->deviceTree->clearSelection();
     step1Page->deviceTree->setCurrentItem(nullptr);
     step1Page->removeImageButton->setEnabled(false);
+    step1Page->resumeButton->hide();
+    savedScan.reset();
     if (step4Page) {
         step4Page->startRun(state.driveLetter);
         step4Page->restoreDirEdit->clear();
@@ -462,6 +466,7 @@ void MainWidget::buildStep1Page()
     DeviceTreeRows::fill(step1Page->deviceTree, DeviceLayer::instance());
     connect(step1Page->openImageButton, &QPushButton::clicked, this, &MainWidget::openImageButton_clicked);
     connect(step1Page->removeImageButton, &QPushButton::clicked, this, &MainWidget::removeImageButton_clicked);
+    connect(step1Page->resumeButton, &QPushButton::clicked, this, &MainWidget::resumeButton_clicked);
     connect(step1Page->deviceTree, &QTreeWidget::itemClicked, this, &MainWidget::partitionClicked);
     connect(step1Page->prevButton, &QPushButton::clicked, this, &MainWidget::prevbtnStep1_clicked);
     connect(step1Page->nextButton, &QPushButton::clicked, this, &MainWidget::nextbtnStep1_clicked);
@@ -582,6 +587,32 @@ void MainWidget::partitionClicked(QTreeWidgetItem* item, int)
     }
     qDebug() << "diskNumber" << state.diskNumber << "partitionNumber" << state.partitionNumber << "driveLetter"
              << state.driveLetter;
+    offerResume();
+}
+
+QString MainWidget::modeName() const
+{
+    return recoveryMode == 3 ? QStringLiteral("partition") : recoveryMode == 2 ? QStringLiteral("format") : QStringLiteral("file");
+}
+
+void MainWidget::offerResume()
+{
+    const bool wholeDisk = recoveryMode == 3;
+    const bool usable = wholeDisk ? state.partitionNumber == -1 : state.driveLetter != '@';
+    savedScan = usable ? WizardSaves::find(WizardSaves::openSource(state.diskNumber, wholeDisk ? '@' : state.driveLetter), modeName())
+                       : std::nullopt;
+    step1Page->resumeButton->setVisible(savedScan.has_value());
+}
+
+void MainWidget::resumeButton_clicked()
+{
+    if (!savedScan)
+        return;
+    state.fileFilter = savedScan->fileFilter;
+    state.doExtra = savedScan->doExtra ? 1 : 0;
+    resumeChosen = true;
+    step1Page->hide();
+    enterStep3(&MainWidget::prevbtnStep3Type2_clicked);
 }
 
 void MainWidget::openImageButton_clicked()
@@ -758,6 +789,10 @@ void MainWidget::startScan()
 
     scanThread->fileFilter = state.fileFilter;
     scanThread->doExtra = state.doExtra != 0;
+    QString why;
+    if (std::exchange(resumeChosen, false) && savedScan && !savedScan->applyTo(scanThread, &why))
+        qCritical("the saved scan is not resumed: %s", qUtf8Printable(why));
+    scanSaver = WizardSaves::saverFor(scanThread, state.diskNumber, modeName());
     step3Page->scanProgressBar->setValue(0);
     connect(scanThread, &PartScan::scanBegin, this, &MainWidget::scanBegin);
     connect(scanThread, &PartScan::scanOne, this, &MainWidget::scanOne);
@@ -786,6 +821,8 @@ void MainWidget::releaseScan()
         delete scanThread;
         scanThread = nullptr;
     }
+    delete scanSaver; // after its scanner: that thread called it
+    scanSaver = nullptr;
     scanRoot.reset();
     restoring = false;
     restoredOnce = false;
@@ -805,6 +842,9 @@ void MainWidget::scanOne(int done)
 
 void MainWidget::scanDone(quint64 results, quint64)
 {
+    QString why;
+    if (scanSaver && scanThread && !scanSaver->saveNow(*scanThread, &why))
+        qCritical("%s", qUtf8Printable(why));
     state.resultCount = results;
     state.scanFinished = true;
     const bool stopped = scanThread && scanThread->runState == PartScan::Stopped;

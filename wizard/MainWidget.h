@@ -1,12 +1,14 @@
 #pragma once
 #include "wizard/ScanClock.h"
 #include "wizard/WizardState.h"
+#include "scan/SavedScan.h"
 
 #include <QMap>
 #include <QSet>
 #include <QPoint>
 #include <QWidget>
 #include <memory>
+#include <optional>
 
 class Footer;
 class MainPage;
@@ -15,6 +17,7 @@ class QLabel;
 class RestorePlan;
 class ResultBrowser;
 class ResultTree;
+class ScanSaver;
 class TreeModel;
 struct RowRef;
 class QListWidgetItem;
@@ -87,6 +90,8 @@ private slots:
     void partitionClicked(QTreeWidgetItem* item, int column);
     void openImageButton_clicked();
     void removeImageButton_clicked();
+    // Goes on with the saved scan of the chosen source, straight on Step 3.
+    void resumeButton_clicked();
     // Adds an image file's rows to Step 1, or says why it isn't a disk image.
     void addDiskImage(const QString& path);
 
@@ -148,6 +153,9 @@ private:
     void resetWizardState();
     void startScan();
     void releaseScan();
+    // Offers "继续上次的扫描" when the chosen source has a saved scan of this mode.
+    void offerResume();
+    QString modeName() const;
     void refreshTree();
     void showScanFigures();
     void preview(const RowRef& row, const QString& name);
@@ -188,4 +196,7 @@ private:
     quint64 restoredBytes = 0;
     QMap<QString, QString> iconMap; // extension with its dot -> icon path
     QSet<int> openedImages; // disks added by "打开磁盘映像…"
+    std::optional<SavedScan> savedScan; // of the source chosen on Step 1
+    bool resumeChosen = false;          // the next scan goes on from savedScan
+    ScanSaver* scanSaver = nullptr;     // keeps scanThread saved; goes with it
 };

@@ -25,4 +25,7 @@ Step1Page::Step1Page(QWidget* parent) : StepPage(parent, true)
     removeImageButton->setEnabled(false);
     buttonRow->insertWidget(0, openImageButton);
     buttonRow->insertWidget(1, removeImageButton);
+    resumeButton = addButton(tr("继续上次的扫描"));
+    resumeButton->hide();
+    buttonRow->insertWidget(2, resumeButton);
 }

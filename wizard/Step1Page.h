@@ -17,4 +17,5 @@ public:
     QTreeWidget* deviceTree;
     QPushButton* openImageButton; // adds a disk or volume image file to the tree
     QPushButton* removeImageButton; // takes the current image's rows off again
+    QPushButton* resumeButton; // shown while the chosen source has a saved scan of this mode
 };

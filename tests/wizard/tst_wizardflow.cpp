@@ -15,6 +15,7 @@
 #include "wizard/Step2Page.h"
 #include "wizard/Step3Page.h"
 #include "wizard/Step4Page.h"
+#include "wizard/WizardSaves.h"
 
 #include <QAbstractItemModelTester>
 #include <QButtonGroup>
@@ -29,6 +30,7 @@
 #include <QProgressBar>
 #include <QTemporaryDir>
 #include <QTreeView>
+#include <QStandardPaths>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -124,6 +126,7 @@ private slots:
     void scanToRestore();
     void step3PrevFollowsTheLastMode();
     void customTypesBuildTheFilter();
+    void savedScanIsOfferedForTheSameSource();
 
 public slots:
     void openedUrl(const QUrl& url) { opened.append(url); }
@@ -152,6 +155,7 @@ void TestWizardFlow::initTestCase()
     layer.addImageData(QStringLiteral("demo.img"), demo.bytes);
     layer.addImageData(QStringLiteral("other.img"), unknownTypeDisk());
     DeviceLayer::setInstance(&layer);
+    QStandardPaths::setTestModeEnabled(true); // scans save themselves in the data folder
     QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openedUrl");
 }
 
@@ -508,4 +512,28 @@ void TestWizardFlow::scanToRestore()
 }
 
 QTEST_MAIN(TestWizardFlow)
+// A scan saves itself in the data folder; choosing the same partition again
+// offers "继续上次的扫描", which goes straight on to Step 3 with its results.
+void TestWizardFlow::savedScanIsOfferedForTheSameSource()
+{
+    QDir(WizardSaves::folder()).removeRecursively();
+    enterMode(2);
+    clickRow(1);
+    QVERIFY(!window->step1()->resumeButton->isVisible());
+    next(window->step1());
+    waitForScan();
+    const quint64 results = window->wizardState().resultCount;
+    QVERIFY(results > 0);
+    window->step3()->prevButton->setEnabled(true);
+    click(window->step3()->prevButton);
+    clickRow(2);
+    QVERIFY(!window->step1()->resumeButton->isVisible()); // the other partition has none
+    clickRow(1);
+    click(window->step1()->resumeButton);
+    QVERIFY(window->step3()->isVisible());
+    waitForScan();
+    QCOMPARE(window->wizardState().resultCount, results);
+    QDir(WizardSaves::folder()).removeRecursively();
+}
+
 #include "tst_wizardflow.moc"
