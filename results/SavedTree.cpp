@@ -8,7 +8,7 @@
 
 #include <QDataStream>
 #include <QIODevice>
-#include <QWriteLocker>
+#include "results/TreeLock.h"
 #include <memory>
 
 namespace {
@@ -184,7 +184,7 @@ void adopt(FolderNode* scratch, FolderNode* root)
             for (const FoundFile* f : folder->files)
                 tree->noteFile(f->size);
     }
-    QWriteLocker lock(ResultTree::lockOf(root));
+    TreeLock::Write lock(ResultTree::lockOf(root));
     for (FolderNode* child : scratch->children)
         child->parent = root;
     root->children.append(scratch->children);
@@ -235,7 +235,7 @@ void SavedTree::clear(FolderNode* root)
 {
     if (!root)
         return;
-    QWriteLocker lock(ResultTree::lockOf(root));
+    TreeLock::Write lock(ResultTree::lockOf(root));
     qDeleteAll(root->children);
     qDeleteAll(root->files);
     root->children.clear();

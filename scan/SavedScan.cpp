@@ -8,7 +8,7 @@
 #include <QDataStream>
 #include <QIODevice>
 #include <QFile>
-#include <QReadLocker>
+#include "results/TreeLock.h"
 #include <QSaveFile>
 
 namespace {
@@ -60,7 +60,7 @@ void SavedScan::capture(const PartScan& scanner)
         tree.clear();
         return;
     }
-    QReadLocker lock(ResultTree::lockOf(scanner.rootFolder));
+    TreeLock::Read lock(ResultTree::lockOf(scanner.rootFolder));
     tree = SavedTree::write(scanner.rootFolder, point.keepFolders);
 }
 
