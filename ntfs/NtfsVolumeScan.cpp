@@ -398,6 +398,8 @@ void NtfsVolumeScan::fileAllPending(ScanTotals* totals)
     for (Pending& p : pending)
         filePending(p, totals);
     pending.clear();
+    // The next pass may meet directories that lengthen a chain.
+    rootFolders.clear();
 }
 
 void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
@@ -414,20 +416,11 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
         qDeleteAll(streams);
         return;
     }
-    QStringList folders = ParentChain::walk(directories, p.name.parentRecord, p.name.parentSequence).folders;
-    FolderNode* folder = nullptr;
-    if (!folders.isEmpty() && folders.first() == QLatin1String(".")) {
-        folders.removeFirst();
-        if (isLive(folders, name)) {
-            qDeleteAll(streams);
-            return;
-        }
-        folder = rootFolder;
-    } else {
-        folder = currentOrphanFolder();
+    FolderNode* folder = folderOf(p.name, name);
+    if (!folder) {
+        qDeleteAll(streams);
+        return;
     }
-    for (const QString& part : folders)
-        folder = folder->obtainChild(part, partIndex, true);
     for (NtfsFile* file : streams) {
         // A named stream is listed beside its file as "file:stream".
         file->name = file->name.isEmpty() ? name : name + QLatin1Char(':') + file->name;
@@ -437,6 +430,32 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
         folder->addFile(file);
         markClusters(file);
     }
+}
+
+FolderNode* NtfsVolumeScan::folderOf(const FileNameAttribute& fileName, const QString& name)
+{
+    // Siblings share their parent's folder: a folder reached from the root is
+    // looked up once per parent reference, not walked again for every file.
+    const quint64 key = (quint64(fileName.parentRecord) << 16) | fileName.parentSequence;
+    if (mountPoint.isEmpty()) {
+        if (FolderNode* known = rootFolders.value(key))
+            return known;
+    }
+    QStringList folders = ParentChain::walk(directories, fileName.parentRecord, fileName.parentSequence).folders;
+    if (folders.isEmpty() || folders.first() != QLatin1String(".")) {
+        FolderNode* folder = currentOrphanFolder();
+        for (const QString& part : folders)
+            folder = folder->obtainChild(part, partIndex, true);
+        return folder;
+    }
+    folders.removeFirst();
+    if (isLive(folders, name))
+        return nullptr;
+    FolderNode* folder = rootFolder;
+    for (const QString& part : folders)
+        folder = folder->obtainChild(part, partIndex, true);
+    rootFolders.insert(key, folder);
+    return folder;
 }
 
 bool NtfsVolumeScan::isLive(const QStringList& folders, const QString& name) const

@@ -10,6 +10,7 @@
 #include "scan/VolumeScan.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QVector>
@@ -92,6 +93,8 @@ private:
     quint64 volumeOffsetOf(quint64 streamByte) const;
     // Reads clusters of the volume; what lies behind its end stays zero.
     qint64 readVolumeClusters(char* out, quint64 lcn, quint64 count);
+    // The folder a file of this name goes to; null for a live file of a mounted volume.
+    FolderNode* folderOf(const FileNameAttribute& fileName, const QString& name);
     bool isLive(const QStringList& folders, const QString& name) const;
     FolderNode* currentOrphanFolder();
     void markClusters(const NtfsFile* file);
@@ -103,4 +106,5 @@ private:
     QVector<quint16> liveSequence; // sequence number of each record in use in the live MFT
     QList<Pending> pending;
     QSet<quint64> reachSeen; // (number, sequence) of records met behind the live MFT
+    QHash<quint64, FolderNode*> rootFolders; // by parent reference, while one pass's files are filed
 };
