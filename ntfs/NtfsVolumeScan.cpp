@@ -239,14 +239,31 @@ bool NtfsVolumeScan::liveMftPass(ScanTotals* totals)
         if (!readable)
             countReadErrors(1);
         const quint64 firstSlot = (vcn << g.clusterShift) / g.recordBytes;
+        // Where each record of the batch lies on the volume, from one mapping of the batch.
+        const QList<RunList::Extent> where = RunList::extents(volume.mft->runs, vcn, count);
+        int extent = 0;
+        quint64 extentStart = 0; // cluster of the batch where `extent` begins
         for (quint64 i = 0; i < records; ++i) {
+            const quint64 byte = i * g.recordBytes;
+            while (extent < where.size() && (byte >> g.clusterShift) >= extentStart + where.at(extent).count)
+                extentStart += where.at(extent++).count;
             if (readable)
-                scanRecord(bytes + i * g.recordBytes, qint64(firstSlot + i), volumeOffsetOf((firstSlot + i) * g.recordBytes));
+                scanRecord(bytes + byte, qint64(firstSlot + i), batchOffset(where, extent, extentStart, byte));
             if (step(++totals->position))
                 return true;
         }
     }
     return false;
+}
+
+quint64 NtfsVolumeScan::batchOffset(const QList<RunList::Extent>& where, int extent, quint64 extentStart, quint64 byte) const
+{
+    if (extent >= where.size() || where.at(extent).sparse)
+        return 0;
+    const quint64 lcn = where.at(extent).lcn + (byte >> volume.geometry.clusterShift) - extentStart;
+    if (lcn >= volume.volumeClusters)
+        return 0;
+    return (lcn << volume.geometry.clusterShift) + (byte & (volume.geometry.clusterBytes - 1));
 }
 
 bool NtfsVolumeScan::reachPass(const QList<MftReach::Span>& spans, ScanTotals* totals)
