@@ -52,6 +52,13 @@ void out(const QString& text)
     std::fflush(stdout);
 }
 
+// A line of a long listing: stdout's own buffer carries it, flushed at the end.
+void outLine(const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+}
+
 void err(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();
@@ -540,7 +547,7 @@ int scanOrRestore(const QStringList& args, bool restore)
         if (json)
             doc = TreeReport::json(session->root(), filter);
         else
-            out(TreeReport::text(session->root(), filter));
+            TreeReport::text(session->root(), filter, [](const QString& line) { outLine(line); });
     }
     if (restore) {
         const QStringList only = parser.values(QStringLiteral("only"));

@@ -70,16 +70,15 @@ QString TreeReport::isoTime(quint64 msecs)
     return QDateTime::fromMSecsSinceEpoch(qint64(msecs), Qt::UTC).toString(Qt::ISODate);
 }
 
-QString TreeReport::text(const FolderNode* root, const ResultFilter& filter)
+void TreeReport::text(const FolderNode* root, const ResultFilter& filter, const LineSink& line)
 {
-    QString out;
     walkFiles(
         root,
         [&](const Entry& e) {
-            out += QStringLiteral("%1\t%2\t%3\n").arg(e.path).arg(e.file->size).arg(e.modified.isEmpty() ? QStringLiteral("-") : e.modified);
+            line(e.path + QLatin1Char('\t') + QString::number(e.file->size) + QLatin1Char('\t')
+                 + (e.modified.isEmpty() ? QStringLiteral("-") : e.modified) + QLatin1Char('\n'));
         },
         filter);
-    return out;
 }
 
 QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)

@@ -18,8 +18,11 @@ public:
     // The byte runs of a found file, for the DFXML listing.
     using RunLookup = std::function<QList<ByteRuns::Run>(const FoundFile*)>;
 
-    // text and json list only the files the filter lets through.
-    static QString text(const FolderNode* root, const ResultFilter& filter = ResultFilter());
+    // text and json list only the files the filter lets through. The text
+    // goes out line by line as the walk meets the files: a million results
+    // never stand in memory twice.
+    using LineSink = std::function<void(const QString& line)>;
+    static void text(const FolderNode* root, const ResultFilter& filter, const LineSink& line);
     static QJsonObject json(const FolderNode* root, const ResultFilter& filter = ResultFilter());
     // UTF-8 with a byte order mark, so spreadsheets read the names right.
     static QByteArray csv(const FolderNode* root);

@@ -4,6 +4,7 @@
 #include "fat32/FatDirectoryCheck.h"
 #include "fat32/Fat32LongName.h"
 #include "fat32/Fat32Table.h"
+#include "scan/LeReader.h"
 #include "fat32/FatEntryDecoder.h"
 #include "results/ExtentList.h"
 #include "results/Fat32File.h"
@@ -100,13 +101,19 @@ const Fat32Table& Fat32VolumeScan::table() const
 {
     QMutexLocker lock(&m_fatLock);
     if (!m_fat) {
-        m_fat = std::make_unique<Fat32Table>(boot.usableFatEntries(bytesFromVolumeStart()));
+        const quint64 entries = boot.usableFatEntries(bytesFromVolumeStart());
         auto* self = const_cast<Fat32VolumeScan*>(this);
-        // One read of the whole table; what a short or failed read leaves stays 0.
+        // A FAT32 table is read block by block as it is needed; what a short
+        // or failed read leaves stays 0.
         if (boot.fatBits == 32) {
-            self->readVolume(m_fat->bytes(), m_fat->byteCount(), boot.fatOffset);
-            m_fat->fixByteOrder();
+            const auto load = [self](quint64 first, quint32* out, quint64 count) {
+                self->readVolume(out, count * sizeof(quint32), self->boot.fatOffset + first * sizeof(quint32));
+                for (quint64 i = 0; i < count; ++i)
+                    out[i] = LeReader(out + i, sizeof(quint32)).u32(0);
+            };
+            m_fat = std::make_unique<Fat32Table>(entries, load);
         } else {
+            m_fat = std::make_unique<Fat32Table>(entries);
             // A narrow FAT is widened to 32-bit entries with FAT32's marks.
             QByteArray raw(int((m_fat->entryCount() * quint64(boot.fatBits) + 7) / 8), '\0');
             self->readVolume(raw.data(), quint64(raw.size()), boot.fatOffset);

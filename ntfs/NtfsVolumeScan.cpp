@@ -275,14 +275,31 @@ bool NtfsVolumeScan::liveMftPass(ScanTotals* totals)
         if (!readable)
             countReadErrors(1);
         const quint64 firstSlot = (vcn << g.clusterShift) / g.recordBytes;
+        // Where each record of the batch lies on the volume, from one mapping of the batch.
+        const QList<RunList::Extent> where = RunList::extents(volume.mft->runs, vcn, count);
+        int extent = 0;
+        quint64 extentStart = 0; // cluster of the batch where `extent` begins
         for (quint64 i = 0; i < records; ++i) {
+            const quint64 byte = i * g.recordBytes;
+            while (extent < where.size() && (byte >> g.clusterShift) >= extentStart + where.at(extent).count)
+                extentStart += where.at(extent++).count;
             if (readable)
-                scanRecord(bytes + i * g.recordBytes, qint64(firstSlot + i), volumeOffsetOf((firstSlot + i) * g.recordBytes));
+                scanRecord(bytes + byte, qint64(firstSlot + i), batchOffset(where, extent, extentStart, byte));
             if (step(++totals->position))
                 return true;
         }
     }
     return false;
+}
+
+quint64 NtfsVolumeScan::batchOffset(const QList<RunList::Extent>& where, int extent, quint64 extentStart, quint64 byte) const
+{
+    if (extent >= where.size() || where.at(extent).sparse)
+        return 0;
+    const quint64 lcn = where.at(extent).lcn + (byte >> volume.geometry.clusterShift) - extentStart;
+    if (lcn >= volume.volumeClusters)
+        return 0;
+    return (lcn << volume.geometry.clusterShift) + (byte & (volume.geometry.clusterBytes - 1));
 }
 
 bool NtfsVolumeScan::reachPass(const QList<MftReach::Span>& spans, ScanTotals* totals)
@@ -537,6 +554,8 @@ void NtfsVolumeScan::fileAllPending(ScanTotals* totals)
     for (Pending& p : pending)
         filePending(p, totals);
     pending.clear();
+    // The next pass may meet directories that lengthen a chain.
+    rootFolders.clear();
 }
 
 void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
@@ -553,20 +572,11 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
         qDeleteAll(streams);
         return;
     }
-    QStringList folders = ParentChain::walk(directories, p.name.parentRecord, p.name.parentSequence).folders;
-    FolderNode* folder = nullptr;
-    if (!folders.isEmpty() && folders.first() == QLatin1String(".")) {
-        folders.removeFirst();
-        if (isLive(folders, name)) {
-            qDeleteAll(streams);
-            return;
-        }
-        folder = rootFolder;
-    } else {
-        folder = currentOrphanFolder();
+    FolderNode* folder = folderOf(p.name, name);
+    if (!folder) {
+        qDeleteAll(streams);
+        return;
     }
-    for (const QString& part : folders)
-        folder = folder->obtainChild(part, partIndex, true);
     // A name from index slack yields to a record of the same file found in its folder.
     if (!streams.isEmpty() && streams.first()->nameOnly && std::any_of(folder->files.cbegin(), folder->files.cend(), [&](const FoundFile* f) {
             return f->name.compare(name, Qt::CaseInsensitive) == 0;
@@ -583,6 +593,32 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
         folder->addFile(file);
         markClusters(file);
     }
+}
+
+FolderNode* NtfsVolumeScan::folderOf(const FileNameAttribute& fileName, const QString& name)
+{
+    // Siblings share their parent's folder: a folder reached from the root is
+    // looked up once per parent reference, not walked again for every file.
+    const quint64 key = (quint64(fileName.parentRecord) << 16) | fileName.parentSequence;
+    if (mountPoint.isEmpty()) {
+        if (FolderNode* known = rootFolders.value(key))
+            return known;
+    }
+    QStringList folders = ParentChain::walk(directories, fileName.parentRecord, fileName.parentSequence).folders;
+    if (folders.isEmpty() || folders.first() != QLatin1String(".")) {
+        FolderNode* folder = currentOrphanFolder();
+        for (const QString& part : folders)
+            folder = folder->obtainChild(part, partIndex, true);
+        return folder;
+    }
+    folders.removeFirst();
+    if (isLive(folders, name))
+        return nullptr;
+    FolderNode* folder = rootFolder;
+    for (const QString& part : folders)
+        folder = folder->obtainChild(part, partIndex, true);
+    rootFolders.insert(key, folder);
+    return folder;
 }
 
 bool NtfsVolumeScan::isLive(const QStringList& folders, const QString& name) const

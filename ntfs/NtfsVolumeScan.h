@@ -7,10 +7,12 @@
 #include "ntfs/MftRecordInfo.h"
 #include "ntfs/NtfsGeometry.h"
 #include "ntfs/NtfsVolume.h"
+#include "ntfs/RunList.h"
 #include "results/OrphanFolders.h"
 #include "scan/VolumeScan.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QVector>
@@ -114,8 +116,12 @@ private:
     void filePending(Pending& p, ScanTotals* totals);
     // Volume byte offset of a byte of the MFT stream; 0 for none.
     quint64 volumeOffsetOf(quint64 streamByte) const;
+    // The same for a byte of a batch mapped to where; extent holds it and begins at extentStart.
+    quint64 batchOffset(const QList<RunList::Extent>& where, int extent, quint64 extentStart, quint64 byte) const;
     // Reads clusters of the volume; what lies behind its end stays zero.
     qint64 readVolumeClusters(char* out, quint64 lcn, quint64 count);
+    // The folder a file of this name goes to; null for a live file of a mounted volume.
+    FolderNode* folderOf(const FileNameAttribute& fileName, const QString& name);
     bool isLive(const QStringList& folders, const QString& name) const;
     FolderNode* currentOrphanFolder();
     void markClusters(const NtfsFile* file);
@@ -128,4 +134,5 @@ private:
     QList<Pending> pending;
     QList<FolderIndex> folderIndexes;
     QSet<quint64> reachSeen; // (number, sequence) of records met behind the live MFT
+    QHash<quint64, FolderNode*> rootFolders; // by parent reference, while one pass's files are filed
 };

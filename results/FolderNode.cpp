@@ -10,8 +10,15 @@ FolderNode::~FolderNode()
     qDeleteAll(children);
 }
 
+namespace {
+// Below this many children a look along the list is as quick as a hash.
+constexpr int kIndexFrom = 16;
+} // namespace
+
 FolderNode* FolderNode::findChild(const QString& childName) const
 {
+    if (m_childIndex && m_childIndex->covered == children.size())
+        return m_childIndex->byName.value(childName);
     for (FolderNode* c : children) {
         if (c->name == childName)
             return c;
@@ -31,6 +38,13 @@ FolderNode* FolderNode::addChild(const QString& childName, int childPartIndex, b
     child->checkState = checkState == Qt::Checked ? Qt::Checked : Qt::Unchecked;
     TreeLock::Write lock(ResultTree::lockOf(this));
     children.append(child);
+    if (!m_childIndex && children.size() >= kIndexFrom)
+        m_childIndex = std::make_shared<ChildIndex>();
+    for (; m_childIndex && m_childIndex->covered < children.size(); ++m_childIndex->covered) {
+        FolderNode* c = children.at(m_childIndex->covered);
+        if (!m_childIndex->byName.contains(c->name))
+            m_childIndex->byName.insert(c->name, c);
+    }
     if (tree)
         tree->noteFolder();
     return child;

@@ -1,8 +1,10 @@
 #pragma once
 #include "results/FoundFile.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
+#include <memory>
 
 class ResultTree;
 
@@ -35,4 +37,14 @@ struct FolderNode {
 
     // Entries directly below: folders plus files.
     int directCount() const { return int(children.size() + files.size()); }
+
+private:
+    // Children by name once a folder has many: kept by addChild, trusted
+    // while it covers every child (code that appends to children itself
+    // falls back to the look along the list).
+    struct ChildIndex {
+        QHash<QString, FolderNode*> byName; // the first child of each name
+        qsizetype covered = 0;              // children[0, covered) are in it
+    };
+    std::shared_ptr<ChildIndex> m_childIndex; // shared by a copy, as the children are
 };

@@ -87,6 +87,36 @@ TEST(Fat32Table, ChainsEndWhereTheFatSays)
     EXPECT_EQ(fat.chain(11).size(), 16) << "a loop ends at the table's length";
 }
 
+TEST(Fat32Table, ATinyCacheAnswersAsTheWholeTable)
+{
+    // Chains, loops, end and bad marks, reserved top bits and free stretches,
+    // read through a cache far smaller than the table, block sizes that don't divide it.
+    constexpr quint32 kEntries = 300;
+    std::vector<quint32> raw(kEntries);
+    quint32 seed = 12345;
+    for (quint32& e : raw) {
+        seed = seed * 1103515245u + 12345u;
+        const quint32 pick = (seed >> 16) % 8;
+        e = pick < 3 ? 0 : pick == 3 ? 0x0FFFFFFF : pick == 4 ? Fat32Table::kBadCluster : pick == 5 ? 0x30000000 : (seed >> 8) % (kEntries + 20);
+    }
+    Fat32Table whole(kEntries);
+    std::memcpy(whole.bytes(), raw.data(), kEntries * sizeof(quint32));
+    for (const auto& [blockEntries, blocks] : {std::pair{7, 2}, std::pair{64, 1}, std::pair{1000, 3}}) {
+        const Fat32Table cached(kEntries, [&raw](quint64 first, quint32* out, quint64 count) {
+            std::copy_n(raw.begin() + qsizetype(first), count, out);
+        }, quint64(blockEntries), blocks);
+        for (quint32 c = 0; c < kEntries + 2; ++c) {
+            ASSERT_EQ(cached.chain(c), whole.chain(c)) << c;
+            ASSERT_EQ(cached.isFree(c), whole.isFree(c)) << c;
+            ASSERT_EQ(cached.nextFree(c), whole.nextFree(c)) << c;
+            QList<uint> a, b;
+            cached.visitFileClusters(c, 9, [&a](quint32 x) { a.append(x); return true; });
+            whole.visitFileClusters(c, 9, [&b](quint32 x) { b.append(x); return true; });
+            ASSERT_EQ(a, b) << c;
+        }
+    }
+}
+
 TEST(Fat32DirEntry, StampsAreTheWallClockAtUtcPlus8)
 {
     struct Case {

@@ -40,3 +40,21 @@ TEST(ResultTree, PreviewsWhileADiskSearchAppendsPartitions)
     }
     EXPECT_EQ(previewed, kVolumes);
 }
+
+TEST(FolderNode, FindsChildrenByNamePastTheIndexThreshold)
+{
+    // Names that differ in case, a repeated name (the first stays) and a child
+    // appended to the list directly, around the size where the hash takes over.
+    FolderNode root;
+    QList<FolderNode*> made;
+    for (int i = 0; i < 40; ++i)
+        made.append(root.addChild(QStringLiteral("n%1").arg(i % 20) + (i % 20 == 7 ? QStringLiteral("A") : QString()), 0, true));
+    auto* direct = new FolderNode;
+    direct->name = QStringLiteral("direct");
+    root.children.append(direct);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(root.findChild(made.at(i)->name), made.at(i)) << i;
+    EXPECT_EQ(root.findChild(QStringLiteral("direct")), direct);
+    EXPECT_EQ(root.findChild(QStringLiteral("n7a")), nullptr);
+    EXPECT_EQ(root.obtainChild(QStringLiteral("n3"), 0, true), made.at(3));
+}
