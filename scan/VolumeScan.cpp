@@ -84,6 +84,7 @@ void VolumeScan::scan()
     m_progressScale = checked::addSat(progressTotal(), doExtra ? carvingUnits() : 0);
     emit scanBegin(int(qMin<quint64>(m_progressScale, INT_MAX)));
     m_progressClock.start();
+    m_progressShown = 0;
     m_sinceCheck = 0;
     ScanTotals totals;
     const bool finished = rootFolder && metadataOrResume(totals);
@@ -223,7 +224,10 @@ void VolumeScan::reportProgress(quint64 position)
     if (!m_progressClock.isValid() || m_progressClock.elapsed() < kProgressMsecs)
         return;
     m_progressClock.restart();
-    emit scanOne(int(qMin<quint64>(position, INT_MAX)));
+    // Passes that count in their own way meet at their seams: the bar never
+    // goes back and never passes the total it announced.
+    m_progressShown = qBound(m_progressShown, position, qMax(m_progressShown, m_progressScale));
+    emit scanOne(int(qMin<quint64>(m_progressShown, INT_MAX)));
 }
 
 qint64 VolumeScan::readVolume(void* buffer, quint64 bytes, quint64 volumeOffset)

@@ -133,6 +133,7 @@ protected:
 
 private:
     quint64 m_progressScale = 0; // what scanBegin announced
+    quint64 m_progressShown = 0; // what the last scanOne said
     void scan();
     // The metadata pass, or the counters of the saved scan it goes on from.
     bool metadataOrResume(ScanTotals& totals);
