@@ -121,8 +121,9 @@ TEST(LostVolumes, AllFourFoundByTheirBootSectorsOrTheirBackupsAndRestored)
             ASSERT_TRUE(folderOfKind.contains(kind)) << kind.toStdString();
             const QSet<QByteArray> restored = hashesBelow(target + "/disk.img/" + folderOfKind[kind]);
             for (const Manifest::File& f : manifest.files) {
-                if (f.kind == kind)
+                if (f.kind == kind) {
                     EXPECT_TRUE(restored.contains(f.sha256)) << f.path.toStdString();
+                }
             }
         }
         scan.reset();

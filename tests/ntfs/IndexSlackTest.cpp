@@ -25,9 +25,18 @@ quint64 ref(quint32 record, quint16 sequence) { return record | quint64(sequence
 QByteArray slackVolume()
 {
     Builder b;
-    b.add({{{"kept.txt", kFolder}}, "kept", false, false, true, {}, Builder::kDefaultTime, Builder::kDefaultTime, kLive});
-    b.add({{{"other.txt", Builder::kRoot}}, "other", false, false, true, {}, Builder::kDefaultTime, Builder::kDefaultTime, kReused});
-    b.add({{{"deleted.txt", kFolder}}, "deleted", false, true, true, {}, Builder::kDefaultTime, Builder::kDefaultTime, kDeleted});
+    const auto resident = [](const char* name, quint32 parent, const char* content, bool deleted, qint64 slot) {
+        Builder::Entry e;
+        e.names = {{name, parent}};
+        e.content = content;
+        e.deleted = deleted;
+        e.resident = true;
+        e.slot = slot;
+        return e;
+    };
+    b.add(resident("kept.txt", kFolder, "kept", false, kLive));
+    b.add(resident("other.txt", Builder::kRoot, "other", false, kReused));
+    b.add(resident("deleted.txt", kFolder, "deleted", true, kDeleted));
     Builder::Entry folder;
     folder.names = {{"docs", Builder::kRoot}};
     folder.directory = true;

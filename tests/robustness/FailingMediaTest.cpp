@@ -125,8 +125,9 @@ TEST(FailingMedia, ScanEndsAndRestoreMarksOnlyTheFileWithTheBadSector)
         SCOPED_TRACE(f.path.toStdString());
         const bool isHit = f.path.endsWith(QLatin1String("hit.bin"));
         EXPECT_EQ(f.outcome, isHit ? RestoredFile::Damaged : RestoredFile::Whole);
-        if (isHit)
+        if (isHit) {
             EXPECT_EQ(f.badRanges, QList<BadRange>({{4096, 512}}));
+        }
     }
     QByteArray expectHit = hit;
     expectHit.replace(4096, 512, QByteArray(512, '\0'));
