@@ -25,7 +25,7 @@ void CarvedFolders::adoptFolders()
     for (FolderNode* child : m_extra->children) {
         if (child->files.isEmpty())
             continue;
-        const QString& first = child->files.first()->name;
+        const QString first = child->files.first()->name();
         for (qsizetype dot = first.indexOf(QLatin1Char('.')); dot >= 0; dot = first.indexOf(QLatin1Char('.'), dot + 1)) {
             const QString extension = first.mid(dot + 1);
             const QString prefix = CarveKind::folderLabel(extension).arg(QString());
@@ -47,11 +47,11 @@ void CarvedFolders::adoptNames(const FolderNode* folder)
 {
     static const QRegularExpression numbered(QStringLiteral("^F(\\d{%1,})\\.").arg(kNameDigits));
     for (const FoundFile* file : folder->files) {
-        const QRegularExpressionMatch m = numbered.match(file->name);
+        const QRegularExpressionMatch m = numbered.match(file->nameView());
         if (m.hasMatch())
             m_nextFreeNumber = qMax(m_nextFreeNumber, m.captured(1).toULongLong() + 1);
         else
-            m_stems.insert(file->name);
+            m_stems.insert(file->name());
     }
 }
 

@@ -64,13 +64,8 @@ bool CarvingPass::runNtfs(const CarvingContext& context, const NtfsCarvingGeomet
     if (bitmap)
         region.free = [bitmap](quint64 c) { return !((bitmap[c / kBitsPerByte] >> (c % kBitsPerByte)) & 1); };
     return run(context, region, true, [](const Found& found) {
-        auto* run = new DataRun;
-        run->lcn = found.firstBlock;
-        run->length = found.blocks;
-        run->vcnEnd = found.blocks;
         auto* file = new NtfsFile;
-        file->resident = false;
-        file->runs.append(run);
+        file->setRuns({DataRun{found.blocks, found.blocks, found.firstBlock, false}});
         return file;
     });
 }
@@ -192,7 +187,7 @@ void CarvingPass::file(const CarveEnd& end, quint64 block, quint64 blocks, const
     if (m_context.accepts && !m_context.accepts(QLatin1Char('.') + extension))
         return;
     FoundFile* record = m_record({block, blocks});
-    record->name = m_folders->takeName(extension, end.stem, *m_context.runningNumber);
+    record->setName(m_folders->takeName(extension, end.stem, *m_context.runningNumber));
     record->modifiedMsecs = end.modifiedMsecs;
     record->size = end.length;
     record->cut = end.cut;

@@ -566,6 +566,8 @@ int scanOrRestore(const QStringList& args, bool restore)
             }
         }
         session->scanner()->filter = filter;
+        // Files written whole are listed only in the JSON document; otherwise counted.
+        session->scanner()->restoreReport.setListWhole(json);
         session->restore(targetDir, parser.isSet(QStringLiteral("keep-both")));
         if (json)
             doc = TreeReport::json(session->root(), filter);

@@ -39,7 +39,7 @@ void walk(const FolderNode* root, const ResultFilter& filter, VisitFolder visitF
         const char* status = folder->files.isEmpty() ? "" : statusOf(folder);
         for (const FoundFile* f : folder->files) {
             if (filter.matches(*f))
-                visitFile(Entry{path + QLatin1Char('/') + f->name, f, TreeReport::isoTime(f->modifiedMsecs),
+                visitFile(Entry{path + QLatin1Char('/') + f->name(), f, TreeReport::isoTime(f->modifiedMsecs),
                                 f->nameOnly ? "name only" : status});
         }
         for (auto it = folder->children.crbegin(); it != folder->children.crend(); ++it)
@@ -92,7 +92,7 @@ QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)
         },
         [&](const Entry& e) {
             QJsonObject file{{"path", e.path},
-                             {"name", e.file->name},
+                             {"name", e.file->name()},
                              {"size", double(e.file->size)},
                              {"modified", e.modified.isEmpty() ? QJsonValue() : QJsonValue(e.modified)}};
             if (e.file->nameOnly)
@@ -107,7 +107,7 @@ QByteArray TreeReport::csv(const FolderNode* root)
     // Spreadsheets take the line ending of RFC 4180.
     QString out = QStringLiteral("path,name,size,modified,status\r\n");
     walkFiles(root, [&](const Entry& e) {
-        out += QStringList{csvField(e.path), csvField(e.file->name), QString::number(e.file->size), e.modified,
+        out += QStringList{csvField(e.path), csvField(e.file->name()), QString::number(e.file->size), e.modified,
                            QLatin1String(e.status)}.join(QLatin1Char(',')) + QLatin1String("\r\n");
     });
     return QByteArray("\xEF\xBB\xBF") + out.toUtf8();

@@ -86,7 +86,7 @@ void ExfatVolumeScan::fileDeleted(ScanTotals& totals, const ExfatVolume& volume,
                                   const ExfatEntrySet& set)
 {
     auto* file = new ExfatFile;
-    file->name = set.name;
+    file->setName(set.name);
     file->modifiedMsecs = set.modifiedMsecs;
     // A size beyond the volume is damage; the size is what a preview allocates.
     file->size = qMin(set.dataLength, volumeBytes());
@@ -99,7 +99,7 @@ void ExfatVolumeScan::fileDeleted(ScanTotals& totals, const ExfatVolume& volume,
     }
     // Bytes behind the valid data length were never written: they read as zeros.
     list.addHole(file->size);
-    file->extents = list.take();
+    file->setExtents(list.take());
     folderOf(folder)->addFile(file);
     ++totals.results;
     totals.totalSize += file->size;
@@ -159,8 +159,9 @@ bool ExfatVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
         return carvedExtents(*carved, extents);
     const auto* file = dynamic_cast<const ExfatFile*>(&found);
     // A file with no cluster on the volume has nothing to give back, not even zeros.
-    if (!file || std::all_of(file->extents.begin(), file->extents.end(), [](const Extent& e) { return e.hole; }))
+    const Extents own = file ? file->extents() : Extents();
+    if (!file || std::all_of(own.begin(), own.end(), [](const Extent& e) { return e.hole; }))
         return false;
-    *extents = file->extents;
+    *extents = own;
     return true;
 }

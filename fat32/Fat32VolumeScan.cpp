@@ -311,7 +311,7 @@ void Fat32VolumeScan::fileDeleted(Walk& walk, Directory& dir, const Fat32DirEntr
     if (m_carvedStarts.contains(entry.firstCluster))
         return;
     auto* file = new Fat32File;
-    file->name = name;
+    file->setName(name);
     file->modifiedMsecs = Fat32DirEntry::stampMsecs(entry.date, entry.time);
     // A size beyond the volume is damage; the size is what a preview allocates.
     file->size = qMin<quint64>(entry.size, bytesFromVolumeStart());

@@ -20,13 +20,14 @@ struct Unit {
 template <typename Visit>
 void forEachUnit(const NtfsFile& file, quint32 clusterBytes, Visit visit)
 {
-    const quint64 unitClusters = file.compressionUnitClusters;
+    const quint64 unitClusters = file.compressionUnitClusters();
     const quint64 unitBytes = unitClusters * clusterBytes;
-    const quint64 described = RunList::clusterTotal(file.runs);
+    const QList<DataRun> runs = file.runs();
+    const quint64 described = RunList::clusterTotal(runs);
     for (quint64 offset = 0, vcn = 0; offset < file.size; offset += unitBytes, vcn += unitClusters) {
         Unit u{offset, qMin(unitBytes, file.size - offset), {}, 0};
         if (vcn < described)
-            u.extents = RunList::extents(file.runs, vcn, qMin(unitClusters, described - vcn));
+            u.extents = RunList::extents(runs, vcn, qMin(unitClusters, described - vcn));
         for (const RunList::Extent& e : u.extents)
             u.storedClusters += e.sparse ? 0 : e.count;
         visit(u);
@@ -61,7 +62,7 @@ quint64 readStored(const QList<RunList::Extent>& extents, quint32 clusterBytes, 
 quint64 CompressedStream::stream(const NtfsFile& file, quint32 clusterBytes, quint64 volumeBytes,
                                  const ExtentReader::ReadAt& read, const ExtentReader::Sink& sink, const Damaged& damaged)
 {
-    const quint64 unitClusters = file.compressionUnitClusters;
+    const quint64 unitClusters = file.compressionUnitClusters();
     const quint64 unitBytes = unitClusters * clusterBytes;
     QByteArray stored(qsizetype(unitBytes), '\0');
     QByteArray unit(qsizetype(unitBytes), '\0');
@@ -100,7 +101,7 @@ QList<CompressedStream::Piece> CompressedStream::pieces(const NtfsFile& file, qu
         // Units behind the initialized size read as zeros, whatever is stored.
         if (u.offset >= file.initializedSize)
             return;
-        const bool compressed = u.storedClusters < file.compressionUnitClusters;
+        const bool compressed = u.storedClusters < file.compressionUnitClusters();
         const quint64 valid = qMin(u.bytes, file.initializedSize - u.offset);
         quint64 inUnit = 0;
         for (const RunList::Extent& e : u.extents) {

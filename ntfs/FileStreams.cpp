@@ -21,13 +21,6 @@ constexpr quint8 kMaxNamespace = 3;
 constexpr int kMaxPieces = 4096;
 } // namespace
 
-FileStreams::~FileStreams()
-{
-    for (QList<Piece>& pieces : m_streams)
-        for (Piece& p : pieces)
-            qDeleteAll(p.runs);
-}
-
 void FileStreams::addRecord(const uint8_t* record, const MftRecordInfo& info, quint64 recordOffset)
 {
     int pieces = 0;
@@ -69,7 +62,7 @@ QList<NtfsFile*> FileStreams::take()
         NtfsFile* file = assemble(it.value());
         if (!file)
             continue;
-        file->name = it.key();
+        file->setName(it.key());
         out.append(file);
     }
     return out;
@@ -82,42 +75,41 @@ NtfsFile* FileStreams::assemble(QList<Piece>& pieces) const
     const Piece& first = pieces.first();
     auto* file = new NtfsFile;
     file->mftRecord = first.recordNumber;
-    file->recordOffset = first.recordOffset;
     if (first.attribute.resident) {
-        file->resident = true;
         file->size = first.attribute.valueLength;
-        file->residentOffset = quint16(first.attribute.valueOffset);
+        file->setResident(first.recordOffset, quint16(first.attribute.valueOffset));
         return file;
     }
     if (first.attribute.startVcn != 0) { // the piece with the sizes is gone
         delete file;
         return nullptr;
     }
+    QList<DataRun> runs;
     for (const Piece& p : pieces)
         if (!p.attribute.resident)
-            appendRuns(file, p);
+            appendRuns(&runs, p);
+    file->setRuns(runs);
     const MftAttribute& a = first.attribute;
-    const quint64 described = file->runs.isEmpty() ? m_clusterCount : qMin(RunList::clusterTotal(file->runs), m_clusterCount);
+    const quint64 described = runs.isEmpty() ? m_clusterCount : qMin(RunList::clusterTotal(runs), m_clusterCount);
     // No content reaches past what the runs describe, nor past the volume: a
     // hole can state any length, and the size is what a preview allocates.
     file->size = qMin(qMin(a.realSize, a.allocatedSize), checked::mulSat(described, m_geometry.clusterBytes));
     file->initializedSize = qMin(a.initializedSize, file->size);
-    file->compressionUnitClusters = a.compressed() ? (1u << a.compressionShift) : 0;
+    file->setCompressionUnitClusters(a.compressed() ? (1u << a.compressionShift) : 0);
     return file;
 }
 
-void FileStreams::appendRuns(NtfsFile* file, const Piece& piece) const
+void FileStreams::appendRuns(QList<DataRun>* runs, const Piece& piece) const
 {
-    const quint64 total = RunList::clusterTotal(file->runs);
+    const quint64 total = RunList::clusterTotal(*runs);
     const quint64 start = piece.attribute.startVcn;
     // A piece that overlaps what is there already is a stale copy.
     if (start < total || piece.runs.isEmpty())
         return;
     if (start > total) // a piece in between is missing: its clusters read as zeros
-        file->runs.append(new DataRun{start, start - total, 0, true});
-    for (const DataRun* run : piece.runs) {
-        auto* copy = new DataRun(*run);
-        copy->vcnEnd = checked::addSat(run->vcnEnd, start);
-        file->runs.append(copy);
+        runs->append(DataRun{start, start - total, 0, true});
+    for (DataRun run : piece.runs) {
+        run.vcnEnd = checked::addSat(run.vcnEnd, start);
+        runs->append(run);
     }
 }

@@ -2,12 +2,12 @@
 #include "ntfs/FileNameAttribute.h"
 #include "ntfs/MftAttribute.h"
 #include "ntfs/NtfsGeometry.h"
+#include "results/DataRun.h"
 
 #include <QList>
 #include <QMap>
 #include <cstdint>
 
-struct DataRun;
 struct MftRecordInfo;
 struct NtfsFile;
 
@@ -17,7 +17,6 @@ struct NtfsFile;
 class FileStreams {
 public:
     FileStreams(const NtfsGeometry& geometry, quint64 clusterCount) : m_geometry(geometry), m_clusterCount(clusterCount) {}
-    ~FileStreams();
     FileStreams(const FileStreams&) = delete;
     FileStreams& operator=(const FileStreams&) = delete;
 
@@ -41,13 +40,13 @@ public:
 private:
     struct Piece {
         MftAttribute attribute;
-        QList<DataRun*> runs; // as decoded: VCNs counted from the piece's start
+        QList<DataRun> runs; // as decoded: VCNs counted from the piece's start
         quint64 recordOffset = 0;
         quint32 recordNumber = 0;
     };
 
     NtfsFile* assemble(QList<Piece>& pieces) const;
-    void appendRuns(NtfsFile* file, const Piece& piece) const;
+    void appendRuns(QList<DataRun>* runs, const Piece& piece) const;
 
     NtfsGeometry m_geometry;
     quint64 m_clusterCount;

@@ -1,25 +1,25 @@
 #include "ntfs/MftReach.h"
 #include "scan/CheckedMath.h"
 
-QList<MftReach::Span> MftReach::plan(const QList<DataRun*>& mftRuns, quint64 clusterCount, const QList<Span>& skip,
+QList<MftReach::Span> MftReach::plan(const QList<DataRun>& mftRuns, quint64 clusterCount, const QList<Span>& skip,
                                      quint64 minClusters)
 {
     QList<Span> taken = skip;
-    QList<const DataRun*> stored;
-    for (const DataRun* run : mftRuns) {
-        if (!run->sparse) {
-            taken.append({run->lcn, run->length});
+    QList<DataRun> stored;
+    for (const DataRun& run : mftRuns) {
+        if (!run.sparse) {
+            taken.append({run.lcn, run.length});
             stored.append(run);
         }
     }
     QList<Span> out;
     quint64 planned = 0;
     for (int i = 0; i < stored.size(); ++i) {
-        const DataRun* run = stored[i];
-        quint64 want = checked::mulSat(run->length, kFactor);
+        const DataRun& run = stored[i];
+        quint64 want = checked::mulSat(run.length, kFactor);
         if (i == stored.size() - 1 && planned < minClusters)
             want = qMax(want, minClusters - planned);
-        const quint64 start = checked::addSat(run->lcn, run->length);
+        const quint64 start = checked::addSat(run.lcn, run.length);
         if (start >= clusterCount)
             continue;
         planned = checked::addSat(planned, want);

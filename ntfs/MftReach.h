@@ -22,7 +22,7 @@ public:
     // clusterCount, never the live MFT's own clusters or those in skip
     // ($MFTMirr, whose copies of the first records are no earlier MFT), and
     // no cluster twice. In ascending order of the runs they lie behind.
-    static QList<Span> plan(const QList<DataRun*>& mftRuns, quint64 clusterCount, const QList<Span>& skip,
+    static QList<Span> plan(const QList<DataRun>& mftRuns, quint64 clusterCount, const QList<Span>& skip,
                             quint64 minClusters);
 
     static quint64 clusters(const QList<Span>& spans);

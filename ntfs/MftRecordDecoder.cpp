@@ -23,8 +23,8 @@ bool MftRecordDecoder::data(const uint8_t* record, MftRecordInfo* info, quint64 
     const int at = attribute(record, *info, MftRecord::kDataType, &length);
     if (at < 0 || !dataAttribute(record, at, length, info->file, clusterCount))
         return false;
-    if (info->file->resident)
-        info->file->residentOffset = quint16(info->file->residentOffset + at);
+    if (info->file->resident())
+        info->file->setResident(info->file->recordOffset(), quint16(info->file->residentOffset() + at));
     return true;
 }
 
@@ -32,16 +32,16 @@ bool MftRecordDecoder::dataAttribute(const uint8_t* record, int attrOffset, quin
                                      quint64 clusterCount) const
 {
     LeReader r(record + attrOffset, attrLength);
-    file->resident = r.u8(MftRecord::kNonResidentFlagOffset) == 0;
-    if (file->resident) {
+    if (r.u8(MftRecord::kNonResidentFlagOffset) == 0) {
         const quint32 length = r.u32(MftRecord::kResidentLengthOffset);
         const quint16 valueOffset = r.u16(MftRecord::kResidentValueOffset);
         // A value that leaves its attribute is damage, not content.
         const bool fits = r.has(valueOffset, length);
         file->size = fits ? length : 0;
-        file->residentOffset = valueOffset;
+        file->setResident(file->recordOffset(), valueOffset);
         return r.ok() && fits;
     }
+    file->setRuns({});
     const quint64 allocated = r.u64(MftRecord::kAllocatedSizeOffset);
     const quint64 real = r.u64(MftRecord::kRealSizeOffset);
     file->size = real < allocated ? real : allocated;
@@ -50,11 +50,13 @@ bool MftRecordDecoder::dataAttribute(const uint8_t* record, int attrOffset, quin
         file->size = 0;
         return false;
     }
+    QList<DataRun> runs;
     if (listOffset < attrLength)
-        RunList::decode(record + attrOffset + listOffset, attrLength - listOffset, clusterCount, &file->runs);
+        RunList::decode(record + attrOffset + listOffset, attrLength - listOffset, clusterCount, &runs);
+    file->setRuns(runs);
     // No content reaches past what the runs describe, nor past the volume: a
     // hole can state any length, and the size is what a preview allocates.
-    const quint64 described = file->runs.isEmpty() ? clusterCount : qMin(RunList::clusterTotal(file->runs), clusterCount);
+    const quint64 described = runs.isEmpty() ? clusterCount : qMin(RunList::clusterTotal(runs), clusterCount);
     file->size = qMin(file->size, checked::mulSat(described, m_geometry.clusterBytes));
     return true;
 }

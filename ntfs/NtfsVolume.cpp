@@ -66,8 +66,8 @@ NtfsVolume NtfsVolume::open(const DeviceHandle& handle, quint64 partOffset)
     }
     v.mft = std::make_shared<NtfsFile>();
     info.file = v.mft.get();
-    if (!decoder.data(bytes, &info, statedClusters(g, handle.length(), partOffset)) || v.mft->resident
-        || v.mft->runs.isEmpty()) {
+    if (!decoder.data(bytes, &info, statedClusters(g, handle.length(), partOffset)) || v.mft->resident()
+        || !v.mft->hasRuns()) {
         v.problem = QLatin1String(kRecordWhere) + QLatin1String("$MFT record has no $DATA runs");
         return v;
     }
@@ -98,22 +98,21 @@ bool NtfsVolume::readMftBitmap(const DeviceHandle& handle, quint64 partOffset, c
     const quint64 allocated = qMin<quint64>(r.u64(MftRecord::kAllocatedSizeOffset) & kBitmapSizeMask, maxBytes);
     const quint64 arrayClusters = ceilDiv(allocated, geometry.clusterBytes);
     mftBitmap = QByteArray(qsizetype(arrayClusters << geometry.clusterShift), '\0');
-    QList<DataRun*> runs;
+    QList<DataRun> runs;
     const quint16 listOffset = r.u16(MftRecord::kRunListOffset);
     if (r.ok() && listOffset < length)
         RunList::decode(attribute + listOffset, length - listOffset, volumeClusters, &runs);
     quint64 done = 0;
     bool readable = true;
-    for (const DataRun* run : runs) {
-        const quint64 count = qMin(run->length, arrayClusters - done);
+    for (const DataRun& run : runs) {
+        const quint64 count = qMin(run.length, arrayClusters - done);
         if (count == 0)
             break;
-        const quint64 at = checked::addSat(checked::mulSat(run->lcn, geometry.clusterBytes), partOffset);
-        if (!run->sparse && handle.read(mftBitmap.data() + (done << geometry.clusterShift), count << geometry.clusterShift, at) < 0)
+        const quint64 at = checked::addSat(checked::mulSat(run.lcn, geometry.clusterBytes), partOffset);
+        if (!run.sparse && handle.read(mftBitmap.data() + (done << geometry.clusterShift), count << geometry.clusterShift, at) < 0)
             readable = false;
         done += count;
     }
-    qDeleteAll(runs);
     return readable;
 }
 
@@ -126,22 +125,21 @@ QByteArray NtfsVolume::attributeList(const DeviceHandle& handle, quint64 partOff
         if (a.resident)
             return QByteArray(reinterpret_cast<const char*>(record0 + a.valueOffset), int(a.valueLength));
         // On a badly fragmented volume the list itself moves out to clusters.
-        QList<DataRun*> runs;
+        QList<DataRun> runs;
         RunList::decode(record0 + a.runListOffset, a.runListBytes, clusterCount, &runs);
         const quint64 bytes = qMin<quint64>(qMin(a.realSize, checked::mulSat(RunList::clusterTotal(runs), geometry.clusterBytes)),
                                             AttributeList::kMaxBytes);
         QByteArray value(qsizetype(bytes), '\0');
         quint64 done = 0;
-        for (const DataRun* run : runs) {
-            const quint64 n = qMin(checked::mulSat(run->length, geometry.clusterBytes), bytes - done);
-            const quint64 at = checked::addSat(checked::mulSat(run->lcn, geometry.clusterBytes), partOffset);
-            if (n > 0 && !run->sparse && handle.read(value.data() + done, n, at) < qint64(n))
+        for (const DataRun& run : runs) {
+            const quint64 n = qMin(checked::mulSat(run.length, geometry.clusterBytes), bytes - done);
+            const quint64 at = checked::addSat(checked::mulSat(run.lcn, geometry.clusterBytes), partOffset);
+            if (n > 0 && !run.sparse && handle.read(value.data() + done, n, at) < qint64(n))
                 value.clear();
             done += n;
             if (value.isEmpty() || done >= bytes)
                 break;
         }
-        qDeleteAll(runs);
         return value;
     }
     return {};
@@ -151,9 +149,9 @@ bool NtfsVolume::readExtension(const DeviceHandle& handle, quint64 partOffset, q
 {
     // Only records in the part of $MFT mapped so far can be read.
     const quint64 byte = quint64(number) * geometry.recordBytes;
-    if (byte >= checked::mulSat(RunList::clusterTotal(mft->runs), geometry.clusterBytes))
+    if (byte >= checked::mulSat(RunList::clusterTotal(mft->runs()), geometry.clusterBytes))
         return false;
-    const QList<RunList::Extent> where = RunList::extents(mft->runs, byte >> geometry.clusterShift, 1);
+    const QList<RunList::Extent> where = RunList::extents(mft->runs(), byte >> geometry.clusterShift, 1);
     if (where.isEmpty() || where.first().sparse)
         return false;
     const quint64 at = (where.first().lcn << geometry.clusterShift) + (byte & (geometry.clusterBytes - 1));
@@ -200,7 +198,7 @@ void NtfsVolume::assembleMft(const uint8_t* record0, const MftRecordInfo& info, 
     for (const Extension& e : extensions)
         streams.addRecord(reinterpret_cast<const uint8_t*>(e.record.constData()), e.info, 0);
     for (NtfsFile* file : streams.take()) {
-        if (file->name.isEmpty() && !file->resident && RunList::clusterTotal(file->runs) > RunList::clusterTotal(mft->runs))
+        if (file->nameView().isEmpty() && !file->resident() && RunList::clusterTotal(file->runs()) > RunList::clusterTotal(mft->runs()))
             mft.reset(file);
         else
             delete file;

@@ -103,7 +103,7 @@ qint64 NtfsVolumeScan::readVolumeClusters(char* out, quint64 lcn, quint64 count)
     return got;
 }
 
-qint64 NtfsVolumeScan::readClusters(void* buffer, quint32 count, quint64 vcn, const QList<DataRun*>& runs)
+qint64 NtfsVolumeScan::readClusters(void* buffer, quint32 count, quint64 vcn, const QList<DataRun>& runs)
 {
     char* out = static_cast<char*>(buffer);
     qint64 total = 0;
@@ -131,7 +131,7 @@ qint64 NtfsVolumeScan::readRecord(void* buffer, quint32 number)
     const quint64 vcn = streamByte >> volume.geometry.clusterShift;
     if (volume.geometry.recordBytes >= volume.geometry.clusterBytes) {
         const quint32 clusters = volume.geometry.recordBytes >> volume.geometry.clusterShift;
-        const qint64 got = readClusters(buffer, clusters, vcn, mft->runs);
+        const qint64 got = readClusters(buffer, clusters, vcn, mft->runs());
         return got < 0 ? -1 : got << volume.geometry.clusterShift;
     }
     const quint64 at = volumeOffsetOf(streamByte);
@@ -146,9 +146,9 @@ qint64 NtfsVolumeScan::readRecord(void* buffer, quint32 number)
 quint64 NtfsVolumeScan::volumeOffsetOf(quint64 streamByte) const
 {
     const quint64 vcn = streamByte >> volume.geometry.clusterShift;
-    if (vcn >= RunList::clusterTotal(volume.mft->runs))
+    if (vcn >= RunList::clusterTotal(volume.mft->runs()))
         return 0;
-    const QList<RunList::Extent> where = RunList::extents(volume.mft->runs, vcn, 1);
+    const QList<RunList::Extent> where = RunList::extents(volume.mft->runs(), vcn, 1);
     if (where.isEmpty() || where.first().sparse || where.first().lcn >= volume.volumeClusters)
         return 0;
     return (where.first().lcn << volume.geometry.clusterShift) + (streamByte & (volume.geometry.clusterBytes - 1));
@@ -165,15 +165,15 @@ QList<MftReach::Span> NtfsVolumeScan::reachPlan() const
 {
     const NtfsGeometry& g = volume.geometry;
     const quint64 mirrorClusters = ceilDiv(kMirrorRecords * g.recordBytes, g.clusterBytes);
-    const quint64 mftClusters = RunList::clusterTotal(volume.mft->runs);
+    const quint64 mftClusters = RunList::clusterTotal(volume.mft->runs());
     const quint64 minClusters = kMinScanBytes / g.clusterBytes;
-    return MftReach::plan(volume.mft->runs, volume.volumeClusters, {{g.mirrorLcn, mirrorClusters}},
+    return MftReach::plan(volume.mft->runs(), volume.volumeClusters, {{g.mirrorLcn, mirrorClusters}},
                           minClusters > mftClusters ? minClusters - mftClusters : 0);
 }
 
 quint64 NtfsVolumeScan::progressTotal() const
 {
-    const quint64 clusters = RunList::clusterTotal(volume.mft->runs) + MftReach::clusters(reachPlan());
+    const quint64 clusters = RunList::clusterTotal(volume.mft->runs()) + MftReach::clusters(reachPlan());
     return checked::mulSat(clusters, volume.geometry.clusterBytes) / volume.geometry.recordBytes;
 }
 
@@ -250,33 +250,33 @@ void NtfsVolumeScan::loadClusterBitmap()
         return;
     NtfsFile bitmapFile;
     info.file = &bitmapFile;
-    if (!decoder().data(bytes, &info, volume.volumeClusters) || bitmapFile.resident || bitmapFile.runs.isEmpty()
-        || bitmapFile.runs.first()->sparse)
+    if (!decoder().data(bytes, &info, volume.volumeClusters) || bitmapFile.resident() || bitmapFile.runCount() == 0
+        || bitmapFile.runs().first().sparse)
         return;
     // One bit per cluster of the volume; a longer first run holds nothing more.
     const quint64 needed = ceilDiv(ceilDiv(volume.volumeClusters, 8), volume.geometry.clusterBytes);
-    bitmapClusters = qMin(bitmapFile.runs.first()->length, needed);
+    bitmapClusters = qMin(bitmapFile.runs().first().length, needed);
     clusterBitmap = QByteArray(qsizetype(bitmapClusters << volume.geometry.clusterShift), '\0');
-    readClusters(clusterBitmap.data(), quint32(bitmapClusters), 0, bitmapFile.runs);
+    readClusters(clusterBitmap.data(), quint32(bitmapClusters), 0, bitmapFile.runs());
 }
 
 bool NtfsVolumeScan::liveMftPass(ScanTotals* totals)
 {
     const NtfsGeometry& g = volume.geometry;
     const quint64 batchClusters = qMax<quint64>(qMax<quint64>(kBatchBytes, g.recordBytes) >> g.clusterShift, 1);
-    const quint64 streamClusters = RunList::clusterTotal(volume.mft->runs);
+    const quint64 streamClusters = RunList::clusterTotal(volume.mft->runs());
     QByteArray buffer(qsizetype(batchClusters << g.clusterShift), '\0');
     auto* bytes = reinterpret_cast<uint8_t*>(buffer.data());
     for (quint64 vcn = 0; vcn < streamClusters; vcn += batchClusters) {
         const quint64 count = qMin(batchClusters, streamClusters - vcn);
         const quint64 records = (count << g.clusterShift) / g.recordBytes;
         // A batch that can't be read is passed over and counted; the records behind it still count.
-        const bool readable = readClusters(bytes, quint32(count), vcn, volume.mft->runs) > 0;
+        const bool readable = readClusters(bytes, quint32(count), vcn, volume.mft->runs()) > 0;
         if (!readable)
             countReadErrors(1);
         const quint64 firstSlot = (vcn << g.clusterShift) / g.recordBytes;
         // Where each record of the batch lies on the volume, from one mapping of the batch.
-        const QList<RunList::Extent> where = RunList::extents(volume.mft->runs, vcn, count);
+        const QList<RunList::Extent> where = RunList::extents(volume.mft->runs(), vcn, count);
         int extent = 0;
         quint64 extentStart = 0; // cluster of the batch where `extent` begins
         for (quint64 i = 0; i < records; ++i) {
@@ -438,13 +438,12 @@ QList<IndexSlack::Name> NtfsVolumeScan::slackOf(const FolderIndex& f, QSet<QStri
     const NtfsGeometry& g = volume.geometry;
     const auto* root = reinterpret_cast<const uint8_t*>(f.root.constData());
     const quint32 blockBytes = IndexSlack::blockBytes(root, size_t(f.root.size()));
-    QList<DataRun*> runs;
+    QList<DataRun> runs;
     RunList::decode(reinterpret_cast<const uint8_t*>(f.runList.constData()), size_t(f.runList.size()), volume.volumeClusters, &runs);
     const quint64 bytes = qMin(qMin(f.bytes, checked::mulSat(RunList::clusterTotal(runs), g.clusterBytes)), kMaxIndexBlocks * blockBytes);
     const quint64 clusters = ceilDiv(bytes, g.clusterBytes);
     QByteArray stream(qsizetype(clusters << g.clusterShift), '\0');
     const bool readable = blockBytes != 0 && clusters > 0 && readClusters(stream.data(), quint32(clusters), 0, runs) > 0;
-    qDeleteAll(runs);
     QList<IndexSlack::Name> found;
     if (!readable)
         return found;
@@ -506,7 +505,7 @@ QByteArray NtfsVolumeScan::attributeListValue(const uint8_t* record, const MftRe
             continue;
         if (a.resident)
             return QByteArray(reinterpret_cast<const char*>(record + a.valueOffset), int(a.valueLength));
-        QList<DataRun*> runs;
+        QList<DataRun> runs;
         RunList::decode(record + a.runListOffset, a.runListBytes, volume.volumeClusters, &runs);
         // Read to the allocated end: deleting a file may shorten its list
         // first, and entries behind the real size still name extension
@@ -516,7 +515,6 @@ QByteArray NtfsVolumeScan::attributeListValue(const uint8_t* record, const MftRe
         const quint64 clusters = ceilDiv(bytes, volume.geometry.clusterBytes);
         QByteArray value(qsizetype(clusters << volume.geometry.clusterShift), '\0');
         const bool readable = clusters > 0 && readClusters(value.data(), quint32(clusters), 0, runs) > 0;
-        qDeleteAll(runs);
         return readable ? value.left(qsizetype(bytes)) : QByteArray();
     }
     return {};
@@ -579,18 +577,18 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
     }
     // A name from index slack yields to a record of the same file found in its folder.
     if (!streams.isEmpty() && streams.first()->nameOnly && std::any_of(folder->files.cbegin(), folder->files.cend(), [&](const FoundFile* f) {
-            return f->name.compare(name, Qt::CaseInsensitive) == 0;
+            return f->nameView().compare(name, Qt::CaseInsensitive) == 0;
         })) {
         qDeleteAll(streams);
         return;
     }
     for (NtfsFile* file : streams) {
         // A named stream is listed beside its file as "file:stream".
-        file->name = file->name.isEmpty() ? name : name + QLatin1Char(':') + file->name;
+        const QString listed = file->nameView().isEmpty() ? name : name + QLatin1Char(':') + file->name();
         file->modifiedMsecs = FileNameAttribute::toMsecs(p.name.modified);
         ++totals->results;
         totals->totalSize += file->size; // as the tree counts it, a name-only file by its former size
-        folder->addFile(file);
+        folder->addFile(file, listed);
         markClusters(file);
     }
 }
@@ -635,14 +633,14 @@ FolderNode* NtfsVolumeScan::currentOrphanFolder()
 
 void NtfsVolumeScan::markClusters(const NtfsFile* file)
 {
-    if (file->resident || clusterBitmap.isEmpty())
+    if (file->resident() || clusterBitmap.isEmpty())
         return;
     // Only the first cluster of a run: the carving pass tests where runs begin.
-    for (const DataRun* run : file->runs) {
-        if (run->length == 0 || run->sparse || run->lcn / 8 >= quint64(clusterBitmap.size()))
+    for (const DataRun& run : file->runs()) {
+        if (run.length == 0 || run.sparse || run.lcn / 8 >= quint64(clusterBitmap.size()))
             continue;
-        const qsizetype byte = qsizetype(run->lcn / 8);
-        clusterBitmap[byte] = char(quint8(clusterBitmap.at(byte)) | (1u << (run->lcn % 8)));
+        const qsizetype byte = qsizetype(run.lcn / 8);
+        clusterBitmap[byte] = char(quint8(clusterBitmap.at(byte)) | (1u << (run.lcn % 8)));
     }
 }
 
@@ -651,25 +649,25 @@ void NtfsVolumeScan::markClusters(const NtfsFile* file)
 bool NtfsVolumeScan::hasContent(const FoundFile& found) const
 {
     const auto* file = dynamic_cast<const NtfsFile*>(&found);
-    return file && (file->resident || !file->runs.isEmpty());
+    return file && (file->resident() || file->hasRuns());
 }
 
 bool NtfsVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
 {
     const auto* file = dynamic_cast<const NtfsFile*>(&found);
-    if (!file || file->resident || file->runs.isEmpty())
+    if (!file || file->resident() || !file->hasRuns())
         return false;
     ExtentList list(volumeBytes(), file->size);
     quint64 at = 0;
-    for (const DataRun* run : file->runs) {
-        const quint64 bytes = checked::mulSat(run->length, volume.geometry.clusterBytes);
+    for (const DataRun& run : file->runs()) {
+        const quint64 bytes = checked::mulSat(run.length, volume.geometry.clusterBytes);
         // Bytes behind the initialized size read as zeros, whatever the clusters hold.
-        const quint64 written = run->sparse || at >= file->initializedSize ? 0 : qMin(bytes, file->initializedSize - at);
-        bool more = list.add(checked::mulSat(run->lcn, volume.geometry.clusterBytes), written);
+        const quint64 written = run.sparse || at >= file->initializedSize ? 0 : qMin(bytes, file->initializedSize - at);
+        bool more = list.add(checked::mulSat(run.lcn, volume.geometry.clusterBytes), written);
         if (more && written < bytes)
             more = list.addHole(bytes - written);
         at = checked::addSat(at, bytes);
-        if (run->length == 0 || !more)
+        if (run.length == 0 || !more)
             break;
     }
     *extents = list.take();
@@ -679,7 +677,7 @@ bool NtfsVolumeScan::extentsOf(const FoundFile& found, Extents* extents) const
 QList<VolumeScan::StoredRun> NtfsVolumeScan::storedRuns(const FoundFile& found) const
 {
     const auto* file = dynamic_cast<const NtfsFile*>(&found);
-    if (!file || !file->compressionUnitClusters || file->resident)
+    if (!file || !file->compressionUnitClusters() || file->resident())
         return VolumeScan::storedRuns(found);
     QList<StoredRun> runs;
     for (const CompressedStream::Piece& p : CompressedStream::pieces(*file, volume.geometry.clusterBytes, volumeBytes()))
@@ -690,13 +688,13 @@ QList<VolumeScan::StoredRun> NtfsVolumeScan::storedRuns(const FoundFile& found) 
 bool NtfsVolumeScan::readContent(const FoundFile& found, const ContentSink& sink)
 {
     const auto* file = dynamic_cast<const NtfsFile*>(&found);
-    if (file && file->compressionUnitClusters && !file->resident) {
+    if (file && file->compressionUnitClusters() && !file->resident()) {
         const auto readAt = [this](void* buffer, quint64 bytes, quint64 offset) { return readStoredBytes(buffer, bytes, offset); };
         const auto damaged = [this](quint64 offset, quint64 bytes) { noteDamaged(offset, bytes); };
         CompressedStream::stream(*file, volume.geometry.clusterBytes, volumeBytes(), readAt, sink, damaged);
         return true;
     }
-    if (!file || !file->resident)
+    if (!file || !file->resident())
         return VolumeScan::readContent(found, sink);
     const QByteArray content = residentContent(file);
     sink(0, content.constData(), quint64(content.size()));
@@ -706,13 +704,13 @@ bool NtfsVolumeScan::readContent(const FoundFile& found, const ContentSink& sink
 QByteArray NtfsVolumeScan::residentContent(const NtfsFile* file)
 {
     QByteArray record(int(volume.geometry.recordBytes), '\0');
-    const qint64 got = file->recordOffset != 0 ? readVolume(record.data(), volume.geometry.recordBytes, file->recordOffset)
+    const qint64 got = file->recordOffset() != 0 ? readVolume(record.data(), volume.geometry.recordBytes, file->recordOffset())
                                                : readRecord(record.data(), file->mftRecord);
     MftRecordInfo info;
     if (got < qint64(volume.geometry.recordBytes) || !decoder().header(reinterpret_cast<uint8_t*>(record.data()), &info)) {
         countReadErrors(1);
         return {};
     }
-    const quint64 start = qMin<quint64>(file->residentOffset, volume.geometry.recordBytes);
+    const quint64 start = qMin<quint64>(file->residentOffset(), volume.geometry.recordBytes);
     return record.mid(int(start), int(qMin<quint64>(file->size, volume.geometry.recordBytes - start)));
 }

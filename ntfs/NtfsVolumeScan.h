@@ -48,7 +48,7 @@ public:
     // Reads one record of the live MFT by its number; bytes read, or -1.
     qint64 readRecord(void* buffer, quint32 number);
     // Reads count clusters from virtual cluster vcn of a stream; clusters read, or -1.
-    qint64 readClusters(void* buffer, quint32 count, quint64 vcn, const QList<DataRun*>& runs);
+    qint64 readClusters(void* buffer, quint32 count, quint64 vcn, const QList<DataRun>& runs);
 
     // Records below this number are the volume's own files ($MFT, $LogFile,
     // $Bitmap…): never listed. The eight after them hold only extension

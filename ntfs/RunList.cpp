@@ -7,7 +7,7 @@ namespace {
 constexpr int kMaxFieldBytes = 8;
 } // namespace
 
-int RunList::decode(const uint8_t* data, size_t bytes, quint64 clusterCount, QList<DataRun*>* runs)
+int RunList::decode(const uint8_t* data, size_t bytes, quint64 clusterCount, QList<DataRun>* runs)
 {
     LeReader r(data, bytes);
     size_t pos = 0;
@@ -32,12 +32,7 @@ int RunList::decode(const uint8_t* data, size_t bytes, quint64 clusterCount, QLi
         const bool sparse = offsetBytes == 0;
         if (!sparse && (lcn < 0 || quint64(lcn) >= clusterCount || length > clusterCount - quint64(lcn)))
             break;
-        auto* run = new DataRun;
-        run->vcnEnd = end;
-        run->length = length;
-        run->lcn = quint64(lcn);
-        run->sparse = sparse;
-        runs->append(run);
+        runs->append(DataRun{end, length, quint64(lcn), sparse});
         ++added;
         vcn = end;
         pos += entry;
@@ -45,26 +40,26 @@ int RunList::decode(const uint8_t* data, size_t bytes, quint64 clusterCount, QLi
     return added;
 }
 
-QList<RunList::Extent> RunList::extents(const QList<DataRun*>& runs, quint64 vcn, quint64 count)
+QList<RunList::Extent> RunList::extents(const QList<DataRun>& runs, quint64 vcn, quint64 count)
 {
     QList<Extent> out;
     quint64 prevEnd = 0;
-    for (const DataRun* run : runs) {
+    for (const DataRun& run : runs) {
         if (count == 0)
             return out;
-        if (vcn >= run->vcnEnd) {
-            prevEnd = run->vcnEnd;
+        if (vcn >= run.vcnEnd) {
+            prevEnd = run.vcnEnd;
             continue;
         }
-        const quint64 take = qMin(count, run->vcnEnd - vcn);
-        out.append({run->lcn + (vcn - prevEnd), take, run->sparse});
+        const quint64 take = qMin(count, run.vcnEnd - vcn);
+        out.append({run.lcn + (vcn - prevEnd), take, run.sparse});
         vcn += take;
         count -= take;
-        prevEnd = run->vcnEnd;
+        prevEnd = run.vcnEnd;
     }
     if (count > 0 && !runs.isEmpty()) {
-        const DataRun* last = runs.last();
-        out.append({checked::addSat(last->lcn + last->length, vcn - last->vcnEnd), count, last->sparse});
+        const DataRun& last = runs.last();
+        out.append({checked::addSat(last.lcn + last.length, vcn - last.vcnEnd), count, last.sparse});
     }
     return out;
 }

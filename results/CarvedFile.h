@@ -6,3 +6,5 @@
 struct CarvedFile : FoundFile {
     quint64 volumeOffset = 0;
 };
+
+static_assert(sizeof(CarvedFile) <= 48, "a CarvedFile record stays within 48 bytes beside its name");

@@ -10,3 +10,5 @@ struct Fat32File : FoundFile {
     // the chain, the free clusters behind its last one.
     quint32 carvedClusters = 0;
 };
+
+static_assert(sizeof(Fat32File) <= 48, "a Fat32File record stays within 48 bytes beside its name");

@@ -61,6 +61,18 @@ void FolderNode::addFile(FoundFile* file)
 {
     file->selected = checkState == Qt::Checked;
     TreeLock::Write lock(ResultTree::lockOf(this));
+    if (tree)
+        file->poolName(tree->names());
+    files.append(file);
+    if (tree)
+        tree->noteFile(file->size);
+}
+
+void FolderNode::addFile(FoundFile* file, QStringView name)
+{
+    file->selected = checkState == Qt::Checked;
+    TreeLock::Write lock(ResultTree::lockOf(this));
+    file->setName(name, tree ? &tree->names() : nullptr);
     files.append(file);
     if (tree)
         tree->noteFile(file->size);

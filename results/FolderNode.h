@@ -32,8 +32,10 @@ struct FolderNode {
     // findChild, else addChild.
     FolderNode* obtainChild(const QString& childName, int childPartIndex, bool childNtfs);
     // Appends a finished record under the tree's write lock, counted in the
-    // tree by its size, which is final by then; the folder owns it.
+    // tree by its size, which is final by then; the folder owns it. Its name
+    // moves into the tree's pool, or with name given is set there.
     void addFile(FoundFile* file);
+    void addFile(FoundFile* file, QStringView name);
 
     // Entries directly below: folders plus files.
     int directCount() const { return int(children.size() + files.size()); }

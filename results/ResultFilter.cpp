@@ -8,7 +8,7 @@
 
 bool ResultFilter::matches(const FoundFile& file) const
 {
-    if (!(kinds & (1u << FileKind::of(file.name))))
+    if (!(kinds & (1u << FileKind::of(file.name()))))
         return false;
     if (file.size < minSize || file.size > maxSize)
         return false;
@@ -23,9 +23,9 @@ bool ResultFilter::matches(const FoundFile& file) const
     if (name.contains(QLatin1Char('*')) || name.contains(QLatin1Char('?'))) {
         const QRegularExpression pattern(QRegularExpression::wildcardToRegularExpression(name),
                                          QRegularExpression::CaseInsensitiveOption);
-        return pattern.match(file.name).hasMatch();
+        return pattern.match(file.nameView()).hasMatch();
     }
-    return file.name.contains(name, Qt::CaseInsensitive);
+    return file.nameView().contains(name, Qt::CaseInsensitive);
 }
 
 bool ResultFilter::isOpen() const

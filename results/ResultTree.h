@@ -1,5 +1,6 @@
 #pragma once
 #include <QList>
+#include "results/NamePool.h"
 #include "results/TreeLock.h"
 #include <QString>
 #include <atomic>
@@ -28,6 +29,8 @@ public:
     FolderNode* top() const { return m_top; }
     FolderNode* root() const { return m_root; }
     TreeLock* lock() { return &m_lock; }
+    // The names of the files in the tree; added to under the write lock.
+    NamePool& names() { return m_names; }
 
     // The tree a folder hangs in, or null for a folder made on its own (tests).
     static ResultTree* of(const FolderNode* folder);
@@ -52,6 +55,7 @@ public:
 
 private:
     mutable TreeLock m_lock;
+    NamePool m_names; // before the nodes: the files' names outlive the files
     FolderNode* m_top;
     FolderNode* m_root;
     std::atomic<quint64> m_files{0};

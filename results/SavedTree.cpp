@@ -29,17 +29,19 @@ void writeFile(QDataStream& out, const FoundFile* f)
     } else {
         out << quint8(kCarved);
     }
-    out << f->name << f->modifiedMsecs << f->size << f->selected << f->cut;
+    out << f->name() << f->modifiedMsecs << f->size << bool(f->selected) << bool(f->cut);
     if (const auto* n = dynamic_cast<const NtfsFile*>(f)) {
-        out << n->mftRecord << n->recordOffset << n->resident << n->residentOffset << n->initializedSize
-            << n->compressionUnitClusters << quint32(n->runs.size());
-        for (const DataRun* r : n->runs)
-            out << r->vcnEnd << r->length << r->lcn << r->sparse;
+        const QList<DataRun> runs = n->runs();
+        out << n->mftRecord << n->recordOffset() << n->resident() << n->residentOffset() << n->initializedSize
+            << n->compressionUnitClusters() << quint32(runs.size());
+        for (const DataRun& r : runs)
+            out << r.vcnEnd << r.length << r.lcn << r.sparse;
     } else if (const auto* fat = dynamic_cast<const Fat32File*>(f)) {
         out << fat->firstCluster << fat->carvedClusters;
     } else if (const auto* ex = dynamic_cast<const ExfatFile*>(f)) {
-        out << quint32(ex->extents.size());
-        for (const Extent& e : ex->extents)
+        const Extents extents = ex->extents();
+        out << quint32(extents.size());
+        for (const Extent& e : extents)
             out << e.offset << e.length << e.hole;
     } else {
         const auto* carved = dynamic_cast<const CarvedFile*>(f);
@@ -74,15 +76,24 @@ FoundFile* readTyped(QDataStream& in, quint8 kind)
     switch (kind) {
     case kNtfs: {
         auto file = std::make_unique<NtfsFile>();
-        in >> file->mftRecord >> file->recordOffset >> file->resident >> file->residentOffset >> file->initializedSize
-            >> file->compressionUnitClusters;
+        quint64 recordOffset = 0;
+        bool resident = false;
+        quint16 residentOffset = 0;
+        quint32 unitClusters = 0;
+        in >> file->mftRecord >> recordOffset >> resident >> residentOffset >> file->initializedSize >> unitClusters;
+        file->setCompressionUnitClusters(unitClusters);
         if (!readCount(in, &count))
             return nullptr;
+        QList<DataRun> runs;
         for (quint32 i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
-            auto* run = new DataRun;
-            file->runs.append(run);
-            in >> run->vcnEnd >> run->length >> run->lcn >> run->sparse;
+            DataRun run;
+            in >> run.vcnEnd >> run.length >> run.lcn >> run.sparse;
+            runs.append(run);
         }
+        if (resident)
+            file->setResident(recordOffset, residentOffset);
+        else
+            file->setRuns(runs);
         return file.release();
     }
     case kFat32: {
@@ -94,11 +105,13 @@ FoundFile* readTyped(QDataStream& in, quint8 kind)
         auto file = std::make_unique<ExfatFile>();
         if (!readCount(in, &count))
             return nullptr;
+        Extents extents;
         for (quint32 i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
             Extent e;
             in >> e.offset >> e.length >> e.hole;
-            file->extents.append(e);
+            extents.append(e);
         }
+        file->setExtents(extents);
         return file.release();
     }
     case kCarved: {
@@ -117,17 +130,19 @@ bool readFiles(QDataStream& in, FolderNode* folder)
         return false;
     for (quint32 i = 0; i < count; ++i) {
         quint8 kind = 0;
-        FoundFile common;
-        in >> kind >> common.name >> common.modifiedMsecs >> common.size >> common.selected >> common.cut;
+        QString name;
+        quint64 modified = 0, size = 0;
+        bool selected = false, cut = false;
+        in >> kind >> name >> modified >> size >> selected >> cut;
         FoundFile* file = in.status() == QDataStream::Ok ? readTyped(in, kind) : nullptr;
         if (!file)
             return false;
         folder->files.append(file);
-        file->name = common.name;
-        file->modifiedMsecs = common.modifiedMsecs;
-        file->size = common.size;
-        file->selected = common.selected;
-        file->cut = common.cut;
+        file->setName(name);
+        file->modifiedMsecs = modified;
+        file->size = size;
+        file->selected = selected;
+        file->cut = cut;
         if (in.status() != QDataStream::Ok)
             return false;
     }
@@ -185,6 +200,16 @@ void adopt(FolderNode* scratch, FolderNode* root)
                 tree->noteFile(f->size);
     }
     TreeLock::Write lock(ResultTree::lockOf(root));
+    // The names move into the tree's pool, as FolderNode::addFile moves them.
+    if (tree) {
+        QList<const FolderNode*> named{scratch};
+        while (!named.isEmpty()) {
+            const FolderNode* folder = named.takeLast();
+            named.append(QList<const FolderNode*>(folder->children.cbegin(), folder->children.cend()));
+            for (FoundFile* f : folder->files)
+                f->poolName(tree->names());
+        }
+    }
     for (FolderNode* child : scratch->children)
         child->parent = root;
     root->children.append(scratch->children);

@@ -1,25 +1,51 @@
 #include "scan/RestoreReport.h"
 
 #include <QJsonArray>
+#include <algorithm>
+#include <iterator>
 #include <cerrno>
 
 void RestoreReport::add(const RestoredFile& file)
 {
     QMutexLocker lock(&m_mutex);
-    m_files.append(file);
+    ++m_counts[file.outcome];
+    m_bytesWritten += file.outcome == RestoredFile::NotWritten ? 0 : file.size;
+    if (file.outcome != RestoredFile::Whole || m_listWhole)
+        m_files.append(file);
 }
 
 void RestoreReport::append(const RestoreReport& other)
 {
     const QList<RestoredFile> theirs = other.files();
+    const quint64 counts[3] = {other.written(), other.damaged(), other.failed()};
+    const quint64 bytes = other.bytesWritten();
     QMutexLocker lock(&m_mutex);
-    m_files.append(theirs);
+    for (int i = 0; i < 3; ++i)
+        m_counts[i] += counts[i];
+    m_bytesWritten += bytes;
+    for (const RestoredFile& f : theirs)
+        if (f.outcome != RestoredFile::Whole || m_listWhole)
+            m_files.append(f);
 }
 
 void RestoreReport::clear()
 {
     QMutexLocker lock(&m_mutex);
     m_files.clear();
+    std::fill(std::begin(m_counts), std::end(m_counts), 0);
+    m_bytesWritten = 0;
+}
+
+void RestoreReport::setListWhole(bool on)
+{
+    QMutexLocker lock(&m_mutex);
+    m_listWhole = on;
+}
+
+bool RestoreReport::listsWhole() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_listWhole;
 }
 
 QList<RestoredFile> RestoreReport::files() const
@@ -29,14 +55,6 @@ QList<RestoredFile> RestoreReport::files() const
 }
 
 namespace {
-quint64 countOf(const QList<RestoredFile>& files, RestoredFile::Outcome outcome)
-{
-    quint64 n = 0;
-    for (const RestoredFile& f : files)
-        n += f.outcome == outcome ? 1 : 0;
-    return n;
-}
-
 const char* outcomeName(RestoredFile::Outcome outcome)
 {
     switch (outcome) {
@@ -51,16 +69,28 @@ const char* outcomeName(RestoredFile::Outcome outcome)
 }
 } // namespace
 
-quint64 RestoreReport::written() const { return countOf(files(), RestoredFile::Whole); }
-quint64 RestoreReport::damaged() const { return countOf(files(), RestoredFile::Damaged); }
-quint64 RestoreReport::failed() const { return countOf(files(), RestoredFile::NotWritten); }
+quint64 RestoreReport::written() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_counts[RestoredFile::Whole];
+}
+
+quint64 RestoreReport::damaged() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_counts[RestoredFile::Damaged];
+}
+
+quint64 RestoreReport::failed() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_counts[RestoredFile::NotWritten];
+}
 
 quint64 RestoreReport::bytesWritten() const
 {
-    quint64 sum = 0;
-    for (const RestoredFile& f : files())
-        sum += f.outcome == RestoredFile::NotWritten ? 0 : f.size;
-    return sum;
+    QMutexLocker lock(&m_mutex);
+    return m_bytesWritten;
 }
 
 QStringList RestoreReport::problemLines() const
@@ -92,9 +122,9 @@ QJsonObject RestoreReport::json() const
         }
         list.append(o);
     }
-    return {{"written", double(countOf(all, RestoredFile::Whole))},
-            {"damaged", double(countOf(all, RestoredFile::Damaged))},
-            {"failed", double(countOf(all, RestoredFile::NotWritten))},
+    return {{"written", double(written())},
+            {"damaged", double(damaged())},
+            {"failed", double(failed())},
             {"files", list}};
 }
 

@@ -31,15 +31,22 @@ struct RestoredFile {
     quint64 badBytes() const { return ::badBytes(badRanges); }
 };
 
-// The account of a restore: one entry per file it tried, so the caller can say
-// "已恢复 N 个，M 个失败" and list the files that need a second look. Filled on the
-// scan thread; read once the restore has finished.
+// The account of a restore: counts of every outcome, and an entry for each
+// file that needs a second look, so the caller can say "已恢复 N 个，M 个失败"
+// and list those files. A file written whole gets an entry only while
+// listWhole is on (a full listing, such as the command line's JSON): a
+// million entries with their paths would outweigh the result tree. Filled on
+// the scan thread; read once the restore has finished.
 class RestoreReport {
 public:
     void add(const RestoredFile& file);
     void append(const RestoreReport& other);
-    void clear();
+    void clear(); // the entries and counts; listWhole stays
 
+    void setListWhole(bool on);
+    bool listsWhole() const;
+
+    // The entries kept: every damaged or unwritten file, and with listWhole the whole ones.
     QList<RestoredFile> files() const;
     quint64 written() const;  // whole
     quint64 damaged() const;  // written, with zero-filled ranges
@@ -57,4 +64,7 @@ public:
 private:
     mutable QMutex m_mutex;
     QList<RestoredFile> m_files;
+    quint64 m_counts[3] = {0, 0, 0}; // by RestoredFile::Outcome
+    quint64 m_bytesWritten = 0;
+    bool m_listWhole = true;
 };

@@ -22,9 +22,9 @@ RestoredFile writeOne(const WalkContext& c, const TargetDir& folder, const QStri
 {
     RestoredFile r;
     r.size = file->size;
-    r.path = prefix + SafeFileName::component(file->name);
+    r.path = prefix + SafeFileName::component(file->name());
     QString used;
-    std::unique_ptr<TargetFile> out = c.target.create(folder, SafeFileName::component(file->name), c.keepBoth, &used, &r.failure);
+    std::unique_ptr<TargetFile> out = c.target.create(folder, SafeFileName::component(file->name()), c.keepBoth, &used, &r.failure);
     if (!out) {
         r.outcome = RestoredFile::NotWritten;
         return r;
@@ -70,11 +70,11 @@ void writeFolder(const WalkContext& c, FolderNode* folder)
         RestoredFile r;
         if (f->nameOnly) {
             // Nothing to write: the report says why, and the target is not touched.
-            r = RestoredFile{prefix + SafeFileName::component(f->name), f->size, RestoredFile::NotWritten, RestoreFailure::NameOnly, {}};
+            r = RestoredFile{prefix + SafeFileName::component(f->name()), f->size, RestoredFile::NotWritten, RestoreFailure::NameOnly, {}};
         } else if (dir) {
             r = writeOne(c, *dir, prefix, f);
         } else {
-            r.path = prefix + SafeFileName::component(f->name);
+            r.path = prefix + SafeFileName::component(f->name());
             r.size = f->size;
             r.outcome = RestoredFile::NotWritten;
             r.failure = why;

@@ -46,7 +46,7 @@ void FileListRows::fill(QTreeWidget* list, FolderNode* folder, const QMap<QStrin
     list->clear();
     const bool carved = isCarvedFolder(folder);
     for (FoundFile* file : filesOf(folder, filter)) {
-        auto* row = new FileRow(QStringList{file->name, timeText(file->modifiedMsecs, dynamic_cast<const Fat32File*>(file) != nullptr),
+        auto* row = new FileRow(QStringList{file->name(), timeText(file->modifiedMsecs, dynamic_cast<const Fat32File*>(file) != nullptr),
                                             sizeText(file->size), statusText(carved, *file)});
         for (int column = 0; column < ColumnCount; ++column) {
             QFont font = row->font(column);
@@ -56,8 +56,8 @@ void FileListRows::fill(QTreeWidget* list, FolderNode* folder, const QMap<QStrin
         row->setData(TimeColumn, kSortRole, file->modifiedMsecs ? file->modifiedMsecs : ~quint64(0));
         row->setData(SizeColumn, kSortRole, file->size);
         row->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);
-        row->setToolTip(0, file->name);
-        QPixmap icon(iconPath(file->name, iconMap));
+        row->setToolTip(0, file->name());
+        QPixmap icon(iconPath(file->name(), iconMap));
         if (icon.isNull())
             icon = QPixmap(kNullIcon);
         row->setIcon(0, icon.scaled(kIconSide, kIconSide, Qt::KeepAspectRatio, Qt::FastTransformation));

@@ -25,11 +25,11 @@ void IconListRows::fill(QListWidget* list, FolderNode* folder, PartScan* scanner
         notify(QObject::tr("文件较大，加载需要一段时间，请不要关闭软件哦～"));
     
     for (FoundFile* file : files) {
-        auto* item = new QListWidgetItem(file->name);
+        auto* item = new QListWidgetItem(file->name());
         QFont font = item->font();
         font.setPointSize(kPointSize);
         item->setFont(font);
-        item->setToolTip(file->name);
+        item->setToolTip(file->name());
         QPixmap icon = thumbnail(scanner, folder, file);
         if (icon.isNull())
             icon = QPixmap(QStringLiteral(":./defaultPic.png"));
@@ -45,7 +45,7 @@ bool IconListRows::isLongLoad(const QList<FoundFile*>& files)
 {
     int jpegs = 0;
     for (const FoundFile* file : files) {
-        if (file->name.endsWith(QLatin1String(".jpg")))
+        if (file->nameView().endsWith(QLatin1String(".jpg")))
             ++jpegs;
     }
     qDebug() << "showJpgDialog" << jpegs << files.size();
@@ -54,7 +54,7 @@ bool IconListRows::isLongLoad(const QList<FoundFile*>& files)
 
 QPixmap IconListRows::thumbnail(PartScan* scanner, FolderNode* folder, FoundFile* file)
 {
-    const QString extension = PreviewDialog::extensionOf(file->name);
+    const QString extension = PreviewDialog::extensionOf(file->name());
     if (!scanner || PreviewDialog::viewFor(extension) != PreviewDialog::PictureView)
         return {};
     const quint64 length = FoundFileContent::bufferLength(scanner, folder, file);

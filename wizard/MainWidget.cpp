@@ -1033,6 +1033,7 @@ void MainWidget::restoreButtonClicked()
     restoredOnce = true;
     step4Page->startRun(state.driveLetter);
     scanThread->setRestoreDir(dir);
+    scanThread->restoreReport.setListWhole(false); // the closing message names only the problem files
     restoredCount = 0;
     restoredBytes = 0;
     scanThread->start(QThread::InheritPriority);
@@ -1079,15 +1080,13 @@ void MainWidget::undeleteDone()
     // every file not written, and every one written with unreadable stretches.
     const QList<RestoredFile> files = scanThread ? scanThread->restoreReport.files() : QList<RestoredFile>();
     QStringList problems;
-    int written = 0;
-    int failed = 0;
+    const quint64 written = scanThread ? scanThread->restoreReport.written() + scanThread->restoreReport.damaged() : 0;
+    const quint64 failed = scanThread ? scanThread->restoreReport.failed() : 0;
     for (const RestoredFile& f : files) {
         if (f.outcome == RestoredFile::NotWritten) {
-            ++failed;
             problems.append(tr("%1（未写入：%2）").arg(f.path, whyNotWritten(f.failure)));
             continue;
         }
-        ++written;
         if (f.outcome == RestoredFile::Damaged)
             problems.append(tr("%1（%2 字节无法读取，已用零填充）").arg(f.path).arg(f.badBytes()));
     }

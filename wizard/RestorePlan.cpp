@@ -42,7 +42,7 @@ RestorePlan RestorePlan::of(FolderNode* root, const QString& targetDir, bool kee
         for (const FoundFile* file : folder->files) {
             if (!file->selected || !filter.matches(*file))
                 continue;
-            const QString path = predictedPath(folderPath, SafeFileName::component(file->name), keepBoth);
+            const QString path = predictedPath(folderPath, SafeFileName::component(file->name()), keepBoth);
             plan.entries.append({path, file->size});
             plan.bytes += file->size;
         }

@@ -19,7 +19,7 @@ ScanSummary ScanSummary::of(const FolderNode* root)
         for (const FoundFile* file : folder->files) {
             ++summary.files;
             summary.bytes += file->size;
-            ++summary.byKind[FileKind::of(file->name)];
+            ++summary.byKind[FileKind::of(file->name())];
         }
         for (const FolderNode* child : folder->children)
             work.append(child);

@@ -71,10 +71,10 @@ struct CarvingVolume {
             for (FoundFile* f : kind->files) {
                 QString extent;
                 if (auto* n = dynamic_cast<NtfsFile*>(f))
-                    extent = QStringLiteral("lcn%1+%2").arg(n->runs[0]->lcn).arg(n->runs[0]->length);
+                    extent = QStringLiteral("lcn%1+%2").arg(n->runs()[0].lcn).arg(n->runs()[0].length);
                 else if (auto* fat = dynamic_cast<Fat32File*>(f))
                     extent = QStringLiteral("c%1+%2").arg(fat->firstCluster).arg(fat->carvedClusters);
-                out << QStringLiteral("%1/%2 %3%4 %5").arg(kind->name, f->name).arg(f->size).arg(f->cut ? " cut" : "", extent);
+                out << QStringLiteral("%1/%2 %3%4 %5").arg(kind->name, f->name()).arg(f->size).arg(f->cut ? " cut" : "", extent);
             }
         }
         return out;

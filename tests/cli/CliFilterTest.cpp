@@ -11,6 +11,7 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace {
 QJsonArray listed(const QStringList& args)
@@ -20,13 +21,13 @@ QJsonArray listed(const QStringList& args)
     return QJsonDocument::fromJson(r.lines.join('\n').toUtf8()).object()["files"].toArray();
 }
 
-NtfsFile record(const QJsonValue& f)
+std::unique_ptr<NtfsFile> record(const QJsonValue& f)
 {
-    NtfsFile file;
-    file.name = f["name"].toString();
-    file.size = quint64(f["size"].toDouble());
+    auto file = std::make_unique<NtfsFile>();
+    file->setName(f["name"].toString());
+    file->size = quint64(f["size"].toDouble());
     const QString time = f["modified"].toString();
-    file.modifiedMsecs = time.isEmpty() ? 0 : quint64(QDateTime::fromString(time, Qt::ISODate).toMSecsSinceEpoch());
+    file->modifiedMsecs = time.isEmpty() ? 0 : quint64(QDateTime::fromString(time, Qt::ISODate).toMSecsSinceEpoch());
     return file;
 }
 } // namespace
@@ -52,7 +53,7 @@ TEST(CliFilter, ListsAndRestoresWhatTheFilterLetsThrough)
         SCOPED_TRACE(c.options.join(' ').toStdString());
         QStringList want;
         for (const QJsonValue& f : all) {
-            if (c.filter.matches(record(f)))
+            if (c.filter.matches(*record(f)))
                 want.append(f["path"].toString());
         }
         QStringList got;
@@ -99,7 +100,7 @@ TEST(CliFilter, FilterRules)
         else
             f.name = "report";
         NtfsFile file;
-        file.name = c.name;
+        file.setName(QString::fromUtf8(c.name));
         file.size = c.size;
         file.modifiedMsecs = c.msecs;
         EXPECT_EQ(f.matches(file), c.passes);

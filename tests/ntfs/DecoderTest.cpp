@@ -24,13 +24,9 @@ const uint8_t* u8(const QByteArray& b) { return reinterpret_cast<const uint8_t*>
 
 QList<DataRun> decode(const QByteArray& list, quint64 clusterCount = 1u << 20)
 {
-    QList<DataRun*> runs;
+    QList<DataRun> runs;
     RunList::decode(u8(list), size_t(list.size()), clusterCount, &runs);
-    QList<DataRun> out;
-    for (DataRun* r : runs)
-        out.append(*r);
-    qDeleteAll(runs);
-    return out;
+    return runs;
 }
 } // namespace
 
@@ -75,7 +71,7 @@ TEST(RunList, DecodesEntriesUpToWhatIsSafe)
 TEST(RunList, ExtentsCrossRunsAndRunOnBehindTheLast)
 {
     DataRun a{10, 10, 100, false}, hole{15, 5, 100, true}, b{20, 5, 50, false};
-    const QList<DataRun*> runs{&a, &hole, &b};
+    const QList<DataRun> runs{a, hole, b};
     struct Case {
         quint64 vcn, count;
         QList<RunList::Extent> expected;

@@ -9,13 +9,13 @@
 namespace {
 using Span = MftReach::Span;
 
-QList<DataRun*> runs(const QList<Span>& spans, QList<bool> sparse = {})
+QList<DataRun> runs(const QList<Span>& spans, QList<bool> sparse = {})
 {
-    QList<DataRun*> out;
+    QList<DataRun> out;
     quint64 vcn = 0;
     for (int i = 0; i < spans.size(); ++i) {
         vcn += spans[i].count;
-        out.append(new DataRun{vcn, spans[i].count, spans[i].lcn, i < sparse.size() && sparse[i]});
+        out.append(DataRun{vcn, spans[i].count, spans[i].lcn, i < sparse.size() && sparse[i]});
     }
     return out;
 }
@@ -46,9 +46,7 @@ TEST(MftReach, ReadsBehindEachRunButNeverTheMftTheMirrorOrPastTheVolume)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        QList<DataRun*> mft = runs(c.mft);
-        EXPECT_EQ(text(MftReach::plan(mft, c.clusters, c.skip, c.min)).toStdString(), c.expected);
-        qDeleteAll(mft);
+        EXPECT_EQ(text(MftReach::plan(runs(c.mft), c.clusters, c.skip, c.min)).toStdString(), c.expected);
     }
 }
 
@@ -64,8 +62,8 @@ TEST(CompressedStream, ReadsPlainCompressedAndSparseUnitsAndZerosPastTheInitiali
     volume.replace(16 * kCluster, chunk.size(), chunk);
     volume.replace(32 * kCluster, kUnit, QByteArray(kUnit, 'q'));
     NtfsFile file;
-    file.runs = runs({{0, 16}, {16, 9}, {0, 7}, {0, 16}, {32, 16}}, {false, false, true, true, false});
-    file.compressionUnitClusters = 16;
+    file.setRuns(runs({{0, 16}, {16, 9}, {0, 7}, {0, 16}, {32, 16}}, {false, false, true, true, false}));
+    file.setCompressionUnitClusters(16);
     file.size = 4 * kUnit - 100;
     file.initializedSize = 3 * kUnit + 1000;
     QByteArray out(int(file.size), 'x');

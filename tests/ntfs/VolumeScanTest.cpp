@@ -286,7 +286,7 @@ TEST(NtfsVolumeScan, FragmentedMftIsNumberedByItsRunsAndEveryFragmentScanned)
         alive.slot = 40;
         b.add(alive);
         ScanRun h(scannerOn(b.build()));
-        EXPECT_EQ(h.as<NtfsVolumeScan>()->volume.mft->runs.size(), 3);
+        EXPECT_EQ(h.as<NtfsVolumeScan>()->volume.mft->runCount(), 3);
         ASSERT_TRUE(h.run());
         EXPECT_EQ(h.byPath().keys(), QStringList({"late.bin", "late.txt"}));
         if (h.byPath().size() == 2) {

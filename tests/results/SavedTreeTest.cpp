@@ -13,11 +13,10 @@ namespace {
 void fill(FolderNode* root)
 {
     auto* ntfs = new NtfsFile;
-    ntfs->name = "报告.doc:stream";
+    ntfs->setName(u"报告.doc:stream");
     ntfs->size = 5000;
-    ntfs->runs.append(new DataRun{2, 2, 77, false});
-    ntfs->runs.append(new DataRun{4, 2, 0, true});
-    ntfs->compressionUnitClusters = 16;
+    ntfs->setRuns({{2, 2, 77, false}, {4, 2, 0, true}});
+    ntfs->setCompressionUnitClusters(16);
     root->addFile(ntfs);
     FolderNode* a = root->addChild("a", 1, false);
     auto* fat = new Fat32File;
@@ -28,7 +27,7 @@ void fill(FolderNode* root)
     FolderNode* b = a->addChild("b", 1, false);
     b->checkState = 1;
     auto* ex = new ExfatFile;
-    ex->extents = {{4096, 100, false}, {0, 50, true}};
+    ex->setExtents({{4096, 100, false}, {0, 50, true}});
     ex->selected = false;
     b->addFile(ex);
     auto* carved = new CarvedFile;

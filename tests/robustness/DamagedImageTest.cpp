@@ -201,7 +201,7 @@ const Case kCases[] = {
         // A preview buffer is sized by this: never by a length the disk states unchecked.
         const quint64 need = s.scan->fileContent(nullptr, file);
         if (need > volumeBytes + (quint64(1) << 16)) {
-            std::fprintf(stderr, "preview of %s wants %llu bytes\n", qPrintable(file->name), static_cast<unsigned long long>(need));
+            std::fprintf(stderr, "preview of %s wants %llu bytes\n", qPrintable(file->name()), static_cast<unsigned long long>(need));
             _exit(1);
         }
     }

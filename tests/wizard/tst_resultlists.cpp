@@ -36,7 +36,7 @@ public:
 FoundFile* addFile(FolderNode* folder, const QString& name, quint64 size, quint64 msecs = 0)
 {
     auto* f = new NtfsFile;
-    f->name = name;
+    f->setName(name);
     f->size = size;
     f->modifiedMsecs = msecs;
     folder->files.append(f);
@@ -162,7 +162,7 @@ void TestResultLists::previewRefusesAbove300MiB()
     MemoryScan scan;
     FoundFile* file = addFile(&folder, QStringLiteral("movie.avi"), 314572800 - 4095);
     QString said;
-    const bool shown = FilePreview::open(nullptr, &scan, {file, &folder, 0}, file->name,
+    const bool shown = FilePreview::open(nullptr, &scan, {file, &folder, 0}, file->name(),
                                          [&](const QString& text) { said = text; });
     QVERIFY(!shown);
     QCOMPARE(said, QStringLiteral("预览内容超过300M!"));

@@ -41,10 +41,10 @@ struct Tree {
     void file(FolderNode* parent, const char* name)
     {
         auto* f = new NtfsFile;
-        f->name = QString::fromLatin1(name);
+        f->setName(QString::fromLatin1(name));
         f->size = 10;
         parent->addFile(f);
-        files[f->name] = {parent, f};
+        files[f->name()] = {parent, f};
     }
     FolderNode top;
     FolderNode* root;
@@ -99,7 +99,7 @@ void TestSelection::ticksSumsAndRestoreAgree()
     QVERIFY(target.open(dir.path(), &error));
     RestoreReport report;
     RestoreWalk::run(tree.root, target, false, [&](FoundFile* f, RestoreSink&) {
-        walked.append(f->name);
+        walked.append(f->name());
         return RestoreFailure::None;
     }, &report, [](quint64) {});
     QStringList ticked;
