@@ -211,6 +211,7 @@ void NtfsVolumeScan::scanFinished()
 {
     clusterBitmap.clear();
     bitmapClusters = 0;
+    pendingNames.clear();
 }
 
 bool NtfsVolumeScan::prepareCarvingResume(const QByteArray& state)
@@ -421,14 +422,14 @@ void NtfsVolumeScan::fileSlackNames(const FolderIndex& f, ScanTotals* totals)
         file->nameOnly = true;
         file->size = s.size;
         file->mftRecord = s.record;
-        Pending p;
+        FileNameAttribute name;
+        name.parentRecord = f.record;
+        name.parentSequence = f.sequence;
+        name.created = s.created;
+        name.modified = s.modified;
+        name.name = s.name;
+        Pending p = pendingOf(true, name);
         p.streams.append(file);
-        p.hasName = true;
-        p.name.parentRecord = f.record;
-        p.name.parentSequence = f.sequence;
-        p.name.created = s.created;
-        p.name.modified = s.modified;
-        p.name.name = s.name;
         filePending(p, totals);
     }
 }
@@ -484,9 +485,7 @@ void NtfsVolumeScan::collectFile(const uint8_t* record, MftRecordInfo& info, qui
     FileStreams streams(volume.geometry, volume.volumeClusters);
     streams.addRecord(record, info, info.foundAt);
     addExtensionRecords(record, info, number, &streams);
-    Pending p;
-    p.hasName = streams.hasName();
-    p.name = streams.fileName();
+    Pending p = pendingOf(streams.hasName(), streams.fileName());
     for (NtfsFile* file : streams.take()) {
         // Empty streams are no results.
         if (file->size == 0)
@@ -495,7 +494,7 @@ void NtfsVolumeScan::collectFile(const uint8_t* record, MftRecordInfo& info, qui
             p.streams.append(file);
     }
     if (!p.streams.isEmpty())
-        pending.append(p);
+        pending.push_back(std::move(p));
 }
 
 QByteArray NtfsVolumeScan::attributeListValue(const uint8_t* record, const MftRecordInfo& info)
@@ -547,11 +546,24 @@ void NtfsVolumeScan::addExtensionRecords(const uint8_t* record, const MftRecordI
     }
 }
 
+NtfsVolumeScan::Pending NtfsVolumeScan::pendingOf(bool hasName, const FileNameAttribute& name)
+{
+    Pending p;
+    p.hasName = hasName;
+    p.name = pendingNames.add(name.name);
+    p.nameLength = quint16(qMin(name.name.size(), NamePool::kMaxNameChars));
+    p.parentRecord = name.parentRecord;
+    p.parentSequence = name.parentSequence;
+    p.modified = name.modified;
+    return p;
+}
+
 void NtfsVolumeScan::fileAllPending(ScanTotals* totals)
 {
     for (Pending& p : pending)
         filePending(p, totals);
     pending.clear();
+    pendingNames.clear();
     // The next pass may meet directories that lengthen a chain.
     rootFolders.clear();
 }
@@ -560,7 +572,12 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
 {
     QList<NtfsFile*> streams;
     std::swap(streams, p.streams);
-    const QString& name = p.name.name;
+    FileNameAttribute fileName;
+    fileName.parentRecord = p.parentRecord;
+    fileName.parentSequence = p.parentSequence;
+    fileName.modified = p.modified;
+    fileName.name = QStringView(p.name, p.nameLength).toString();
+    const QString& name = fileName.name;
     // Content without a long name counts as a result but has no place in the tree.
     if (!p.hasName) {
         for (const NtfsFile* file : streams)
@@ -570,7 +587,7 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
         qDeleteAll(streams);
         return;
     }
-    FolderNode* folder = folderOf(p.name, name);
+    FolderNode* folder = folderOf(fileName, name);
     if (!folder) {
         qDeleteAll(streams);
         return;
@@ -585,7 +602,7 @@ void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
     for (NtfsFile* file : streams) {
         // A named stream is listed beside its file as "file:stream".
         const QString listed = file->nameView().isEmpty() ? name : name + QLatin1Char(':') + file->name();
-        file->modifiedMsecs = FileNameAttribute::toMsecs(p.name.modified);
+        file->modifiedMsecs = FileNameAttribute::toMsecs(p.modified);
         ++totals->results;
         totals->totalSize += file->size; // as the tree counts it, a name-only file by its former size
         folder->addFile(file, listed);

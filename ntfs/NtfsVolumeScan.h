@@ -8,6 +8,7 @@
 #include "ntfs/NtfsGeometry.h"
 #include "ntfs/NtfsVolume.h"
 #include "ntfs/RunList.h"
+#include "results/NamePool.h"
 #include "results/OrphanFolders.h"
 #include "scan/VolumeScan.h"
 
@@ -16,6 +17,7 @@
 #include <QList>
 #include <QSet>
 #include <QVector>
+#include <deque>
 
 struct DataRun;
 struct NtfsFile;
@@ -74,9 +76,14 @@ protected:
 
 private:
     // A deleted file met by a pass, filed once the pass has met every directory.
+    // Small: a pass over a large MFT holds one for every deleted file.
     struct Pending {
         QList<NtfsFile*> streams; // named by stream name; the unnamed one first
-        FileNameAttribute name;
+        const char16_t* name = nullptr; // the long name, in pendingNames
+        quint32 parentRecord = 0;
+        quint16 parentSequence = 0;
+        quint16 nameLength = 0;
+        quint64 modified = 0; // FILETIME
         bool hasName = false;
     };
     // A live folder whose index has blocks, for the pass over their slack.
@@ -112,6 +119,7 @@ private:
     QList<IndexSlack::Name> slackOf(const FolderIndex& folder, QSet<QString>* live);
     // Whether the record a slack entry names no longer holds that file.
     bool slackRecordGone(const IndexSlack::Name& entry, quint32 folder);
+    Pending pendingOf(bool hasName, const FileNameAttribute& name);
     void fileAllPending(ScanTotals* totals);
     void filePending(Pending& p, ScanTotals* totals);
     // Volume byte offset of a byte of the MFT stream; 0 for none.
@@ -131,7 +139,8 @@ private:
 
     QString mountPoint; // of the volume while it is scanned, for the live-file test
     QVector<quint16> liveSequence; // sequence number of each record in use in the live MFT
-    QList<Pending> pending;
+    std::deque<Pending> pending; // grows without moving what it holds
+    NamePool pendingNames;
     QList<FolderIndex> folderIndexes;
     QSet<quint64> reachSeen; // (number, sequence) of records met behind the live MFT
     QHash<quint64, FolderNode*> rootFolders; // by parent reference, while one pass's files are filed

@@ -2,6 +2,12 @@
 
 #include <algorithm>
 
+void NamePool::clear()
+{
+    m_chunks.clear();
+    m_used = kChunkChars;
+}
+
 const char16_t* NamePool::add(QStringView name)
 {
     const qsizetype length = std::min(name.size(), kMaxNameChars);

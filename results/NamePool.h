@@ -25,6 +25,9 @@ public:
     // writer, under the tree's write lock where readers exist.
     const char16_t* add(QStringView name);
 
+    // Drops every name: only for a pool whose names nobody reads any more.
+    void clear();
+
     // Bytes held by the chunks.
     quint64 bytes() const { return quint64(m_chunks.size()) * kChunkChars * sizeof(char16_t); }
 
