@@ -3,10 +3,13 @@
 #include "imaging/DiskImageBuilder.h"
 #include "imaging/Fat32ImageBuilder.h"
 #include "results/FolderNode.h"
+#include "results/NtfsFile.h"
 #include "results/ResultTree.h"
 
 #include "results/TreeLock.h"
+#include <atomic>
 #include <gtest/gtest.h>
+#include <thread>
 
 // Previews read through the partition scanners on the test's thread while the
 // search builds more of them and files their results.
@@ -57,4 +60,47 @@ TEST(FolderNode, FindsChildrenByNamePastTheIndexThreshold)
     EXPECT_EQ(root.findChild(QStringLiteral("direct")), direct);
     EXPECT_EQ(root.findChild(QStringLiteral("n7a")), nullptr);
     EXPECT_EQ(root.obtainChild(QStringLiteral("n3"), 0, true), made.at(3));
+}
+
+// A reader keeps the names it took under the read lock while the scan thread
+// adds names across many chunks of the pool: a name never moves once written.
+TEST(ResultTree, NamesStayPutWhileTheScanFillsChunkAfterChunk)
+{
+    constexpr int kFiles = 2000; // of 250 characters: some eight chunks, most ending with a gap
+    const auto nameOf = [](int i) { return QString::number(i).repeated(250).left(250); };
+    ResultTree tree(QStringLiteral("vol"), true);
+    FolderNode* root = tree.root();
+    std::atomic<bool> done{false};
+    QList<QPair<int, QStringView>> held;
+    std::thread reader([&] {
+        while (!done.load()) {
+            TreeLock::Read lock(tree.lock());
+            const int n = int(root->files.size());
+            if (n > 0 && (held.isEmpty() || held.last().first != n - 1))
+                held.append({n - 1, root->files.at(n - 1)->nameView()});
+        }
+    });
+    for (int i = 0; i < kFiles; ++i) {
+        auto* file = new NtfsFile;
+        // Named before it is added (its own copy moves into the pool), or as it is added.
+        if (i % 2) {
+            file->setName(nameOf(i));
+            root->addFile(file);
+        } else {
+            root->addFile(file, nameOf(i));
+        }
+    }
+    done = true;
+    reader.join();
+    for (const auto& [i, view] : held)
+        ASSERT_EQ(view, nameOf(i)) << i;
+    for (int i = 0; i < kFiles; ++i)
+        ASSERT_EQ(root->files.at(i)->nameView(), nameOf(i)) << i;
+    EXPECT_GE(tree.names().bytes(), quint64(kFiles) * 250 * sizeof(char16_t));
+    // In a folder of no tree a file keeps its own copy.
+    FolderNode loose;
+    auto* file = new NtfsFile;
+    file->setName(nameOf(7));
+    loose.addFile(file);
+    EXPECT_EQ(file->nameView(), nameOf(7));
 }
