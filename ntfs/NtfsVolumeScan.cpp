@@ -60,7 +60,7 @@ NtfsVolumeScan::~NtfsVolumeScan()
 {
     stopAndWait();
     for (Pending& p : pending)
-        qDeleteAll(p.streams);
+        qDeleteAll(p.take());
 }
 
 // ---------------------------------------------------------------- volume open
@@ -429,7 +429,7 @@ void NtfsVolumeScan::fileSlackNames(const FolderIndex& f, ScanTotals* totals)
         name.modified = s.modified;
         name.name = s.name;
         Pending p = pendingOf(true, name);
-        p.streams.append(file);
+        p.add(file);
         filePending(p, totals);
     }
 }
@@ -491,9 +491,9 @@ void NtfsVolumeScan::collectFile(const uint8_t* record, MftRecordInfo& info, qui
         if (file->size == 0)
             delete file;
         else
-            p.streams.append(file);
+            p.add(file);
     }
-    if (!p.streams.isEmpty())
+    if (p.first)
         pending.push_back(std::move(p));
 }
 
@@ -570,8 +570,7 @@ void NtfsVolumeScan::fileAllPending(ScanTotals* totals)
 
 void NtfsVolumeScan::filePending(Pending& p, ScanTotals* totals)
 {
-    QList<NtfsFile*> streams;
-    std::swap(streams, p.streams);
+    const QList<NtfsFile*> streams = p.take();
     FileNameAttribute fileName;
     fileName.parentRecord = p.parentRecord;
     fileName.parentSequence = p.parentSequence;

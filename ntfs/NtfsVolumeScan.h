@@ -18,6 +18,7 @@
 #include <QSet>
 #include <QVector>
 #include <deque>
+#include <utility>
 
 struct DataRun;
 struct NtfsFile;
@@ -78,7 +79,19 @@ private:
     // A deleted file met by a pass, filed once the pass has met every directory.
     // Small: a pass over a large MFT holds one for every deleted file.
     struct Pending {
-        QList<NtfsFile*> streams; // named by stream name; the unnamed one first
+        // Its streams, named by stream name, the unnamed one first: the first
+        // one held here, for the common file of one stream, the others beside it.
+        NtfsFile* first = nullptr;
+        QList<NtfsFile*> more;
+        void add(NtfsFile* stream) { first ? more.append(stream) : void(first = stream); }
+        // All of them, handed to the caller.
+        QList<NtfsFile*> take()
+        {
+            QList<NtfsFile*> all = std::exchange(more, {});
+            if (first)
+                all.prepend(std::exchange(first, nullptr));
+            return all;
+        }
         const char16_t* name = nullptr; // the long name, in pendingNames
         quint32 parentRecord = 0;
         quint16 parentSequence = 0;
