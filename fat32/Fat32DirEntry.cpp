@@ -1,6 +1,8 @@
 #include "fat32/Fat32DirEntry.h"
 #include "scan/LeReader.h"
 
+#include <algorithm>
+
 namespace {
 constexpr size_t kName = 0x00;
 constexpr size_t kNameLength = 8;
@@ -20,12 +22,13 @@ constexpr int kDaysBeforeMonth[16] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 27
 constexpr qint64 kEpochOffsetSeconds = 315590400;
 constexpr qint64 kSecondsPerDay = 86400;
 
-QString blankPadded(const uchar* text, size_t length)
+// The bytes up to the first blank.
+size_t blankPadded(const uchar* text, size_t length)
 {
     size_t n = 0;
     while (n < length && text[n] != ' ')
         ++n;
-    return QString::fromLatin1(reinterpret_cast<const char*>(text), qsizetype(n));
+    return n;
 }
 } // namespace
 
@@ -39,13 +42,32 @@ Fat32DirEntry Fat32DirEntry::decode(const uchar* entry)
     e.time = r.u16(kWriteTime);
     e.date = r.u16(kWriteDate);
     e.size = r.u32(kSize);
-    QString name = blankPadded(entry + kName, kNameLength);
-    // The first letter of a deleted entry is gone for good; "_" stands in for it.
-    if (e.isDeleted() && !name.isEmpty())
-        name[0] = QLatin1Char(kDeletedLetter);
-    const QString ext = blankPadded(entry + kExtension, kExtensionLength);
-    e.shortName = ext.isEmpty() ? name : name + QLatin1Char('.') + ext;
+    if (const uchar* name = r.bytes(kName, e.name.size()))
+        std::copy(name, name + e.name.size(), e.name.begin());
     return e;
+}
+
+QString Fat32DirEntry::shortName() const
+{
+    char text[kNameLength + 1 + kExtensionLength];
+    const size_t base = blankPadded(name.data() + kName, kNameLength);
+    std::copy(name.begin() + kName, name.begin() + kName + base, text);
+    // The first letter of a deleted entry is gone for good; "_" stands in for it.
+    if (isDeleted() && base > 0)
+        text[0] = kDeletedLetter;
+    size_t length = base;
+    if (const size_t ext = blankPadded(name.data() + kExtension, kExtensionLength); ext > 0) {
+        text[length++] = '.';
+        std::copy(name.begin() + kExtension, name.begin() + kExtension + ext, text + length);
+        length += ext;
+    }
+    return QString::fromLatin1(text, qsizetype(length));
+}
+
+bool Fat32DirEntry::isDotEntry() const
+{
+    const QString n = shortName();
+    return n == QLatin1String(".") || n == QLatin1String("..");
 }
 
 quint64 Fat32DirEntry::stampMsecs(quint16 date, quint16 time)

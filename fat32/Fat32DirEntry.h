@@ -1,6 +1,7 @@
 #pragma once
 #include <QString>
 #include <QtGlobal>
+#include <array>
 
 // One 32-byte entry of a FAT directory: a short entry or a long-name slot.
 struct Fat32DirEntry {
@@ -16,7 +17,7 @@ struct Fat32DirEntry {
     quint16 time = 0;
     quint16 date = 0;
     quint32 size = 0;
-    QString shortName; // "NAME.EXT" or "NAME", blanks dropped, bytes as they stand
+    std::array<uchar, 11> name{}; // the short name as it stands: eight bytes and three of extension, blank-padded
 
     // Decodes the entry at `entry`, which holds at least kBytes bytes.
     static Fat32DirEntry decode(const uchar* entry);
@@ -25,7 +26,10 @@ struct Fat32DirEntry {
     bool isSlot() const { return attributes == kLongNameSlot; }
     bool isDeleted() const { return firstByte == kDeletedMark; }
     bool isDirectory() const { return attributes & kDirectoryBit; }
-    bool isDotEntry() const { return shortName == QLatin1String(".") || shortName == QLatin1String(".."); }
+    bool isDotEntry() const;
+    // "NAME.EXT" or "NAME", blanks dropped, bytes as they stand; made only
+    // when asked, as most entries of a folder carry a long name.
+    QString shortName() const;
 
     // The write stamp in ms since 1970 UTC. The stamp has no zone; it is taken
     // as the wall clock at UTC+8, as the volumes this tool meets were written.

@@ -39,10 +39,17 @@ void Fat32Table::loadFreeBitmap()
 
 const Fat32Table::Block& Fat32Table::block(quint64 index) const
 {
+    // A chain mostly stays within one block: the last one is looked at first.
+    Block& last = m_blocks[m_lastBlock];
+    if (last.index == index) {
+        last.lastUse = ++m_uses;
+        return last;
+    }
     Block* oldest = &m_blocks.front();
     for (Block& b : m_blocks) {
         if (b.index == index) {
             b.lastUse = ++m_uses;
+            m_lastBlock = size_t(&b - m_blocks.data());
             return b;
         }
         if (b.lastUse < oldest->lastUse)
@@ -53,6 +60,7 @@ const Fat32Table::Block& Fat32Table::block(quint64 index) const
     oldest->lastUse = ++m_uses;
     oldest->entries.assign(size_t(m_blockEntries), 0);
     m_loader(first, oldest->entries.data(), qMin(m_blockEntries, m_count - first));
+    m_lastBlock = size_t(oldest - m_blocks.data());
     return *oldest;
 }
 

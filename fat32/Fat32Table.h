@@ -70,4 +70,5 @@ private:
     mutable QMutex m_cacheLock;
     mutable std::vector<Block> m_blocks;
     mutable quint64 m_uses = 0;
+    mutable size_t m_lastBlock = 0; // the block the last look-up found
 };

@@ -275,7 +275,7 @@ bool Fat32VolumeScan::readEntries(Walk& walk, Directory& dir, const uchar* data,
             walk.pending.add(raw);
         } else {
             const QString longName = walk.pending.count() > 0 ? walk.pending.take() : QString();
-            takeEntry(walk, dir, entry, longName.isEmpty() ? entry.shortName : longName);
+            takeEntry(walk, dir, entry, longName);
         }
         if (step(++walk.totals.position)) {
             walk.stop = true;
@@ -285,20 +285,22 @@ bool Fat32VolumeScan::readEntries(Walk& walk, Directory& dir, const uchar* data,
     return true;
 }
 
-void Fat32VolumeScan::takeEntry(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& name)
+void Fat32VolumeScan::takeEntry(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& longName)
 {
+    // The short name is made only for what is kept: most entries are live files.
+    const auto name = [&] { return longName.isEmpty() ? entry.shortName() : longName; };
     if (!entry.isDirectory()) {
         // In a deleted directory every file is gone, whatever its own entry shows.
         if (entry.isDeleted() || dir.deleted)
-            fileDeleted(walk, dir, entry, name);
+            fileDeleted(walk, dir, entry, name());
         return;
     }
     if (entry.isDotEntry() || m_clustersRead.contains(entry.firstCluster))
         return;
     Directory sub;
     sub.path = dir.path;
-    if (!name.isEmpty())
-        sub.path.append(name);
+    if (const QString n = name(); !n.isEmpty())
+        sub.path.append(n);
     sub.firstCluster = entry.firstCluster;
     sub.found = dir.found;
     sub.deleted = entry.isDeleted() || dir.found;
@@ -349,8 +351,10 @@ bool Fat32VolumeScan::walkFreeClusters(const CarvingContext& context, bool carve
     // The pass counts 32-bit entries; a narrow FAT has as many clusters as its
     // widened table. Clusters in use hold live files, whatever their first bytes
     // look like; the files the found folders name are theirs.
-    const Fat32CarvingGeometry g{boot.clusterBytes, boot.dataOffset, table().byteCount(), [this](quint64 cluster) {
-                                     return table().isFree(cluster) && !m_search->named(quint32(cluster));
+    // The table is taken once: the walk asks about every cluster.
+    const Fat32Table& fat = table();
+    const Fat32CarvingGeometry g{boot.clusterBytes, boot.dataOffset, fat.byteCount(), [this, &fat](quint64 cluster) {
+                                     return fat.isFree(cluster) && !m_search->named(quint32(cluster));
                                  }};
     const auto claims = [this](quint64 cluster, const uchar* head, size_t bytes) {
         return m_search->claims(quint32(cluster), head, bytes);

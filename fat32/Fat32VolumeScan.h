@@ -86,7 +86,8 @@ private:
     bool readChainCluster(Walk& walk, Directory& dir, quint32 cluster, bool first);
     void readFixedRoot(Walk& walk, Directory& dir);
     bool readEntries(Walk& walk, Directory& dir, const uchar* data, qint64 bytes);
-    void takeEntry(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& name);
+    // longName: the name its slots gave, or empty for its short name.
+    void takeEntry(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& longName);
     void fileDeleted(Walk& walk, Directory& dir, const Fat32DirEntry& entry, const QString& name);
     FolderNode* folderOf(Directory& dir);
     // The walk over free clusters: the folder search, and with carve the carving.

@@ -8,7 +8,9 @@
 
 bool ResultFilter::matches(const FoundFile& file) const
 {
-    if (!(kinds & (1u << FileKind::of(file.name()))))
+    // Every kind let through: the name's kind, looked up by its ending, is not needed.
+    const bool allKinds = (kinds & kAllKinds) == kAllKinds;
+    if (!allKinds && !(kinds & (1u << FileKind::of(file.name()))))
         return false;
     if (file.size < minSize || file.size > maxSize)
         return false;

@@ -108,7 +108,8 @@ protected:
     // point every kCheckEvery units, progress at most every kProgressMsecs.
     // True when the scan is to stop.
     bool step(quint64 position);
-    // Emits scanOne when the last one was at least kProgressMsecs ago.
+    // Emits scanOne when the last one was at least kProgressMsecs ago (the
+    // clock is looked at every kClockEvery calls).
     void reportProgress(quint64 position);
     // Reads at a byte offset of the volume; bytes read, possibly short, or -1 (counted).
     qint64 readVolume(void* buffer, quint64 bytes, quint64 volumeOffset);
@@ -146,4 +147,5 @@ private:
     std::atomic<quint64> m_readErrors{0};
     QElapsedTimer m_progressClock;
     int m_sinceCheck = 0;
+    int m_sinceClock = 0;
 };

@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             pending.add(data + at);
             continue;
         }
-        const QString name = pending.count() > 0 ? pending.take() : entry.shortName;
+        const QString name = pending.count() > 0 ? pending.take() : entry.shortName();
         Fat32DirEntry::stampMsecs(entry.date, entry.time);
         if (name.size() > 2 * Fat32LongName::kMaxSlots * Fat32LongName::kUnitsPerSlot)
             __builtin_trap(); // a name longer than its slots can hold
