@@ -20,10 +20,13 @@ ClusterBitmap::ClusterBitmap(ReadFn read, quint64 clusters, quint64 unitBytes)
 const ClusterBitmap::Window& ClusterBitmap::windowOf(quint64 byte)
 {
     const quint64 start = byte / m_windowBytes * m_windowBytes;
+    if (m_last >= 0 && m_windows[m_last].start == start)
+        return m_windows[m_last];
     Window* oldest = &m_windows[0];
     for (Window& w : m_windows) {
         if (w.loaded && w.start == start) {
             w.lastUse = ++m_uses;
+            m_last = int(&w - m_windows);
             return w;
         }
         if (!w.loaded || w.lastUse < oldest->lastUse)
@@ -36,6 +39,7 @@ const ClusterBitmap::Window& ClusterBitmap::windowOf(quint64 byte)
     oldest->start = start;
     oldest->loaded = true;
     oldest->lastUse = ++m_uses;
+    m_last = int(oldest - m_windows);
     return *oldest;
 }
 
@@ -105,11 +109,23 @@ void ClusterBitmap::settle()
     m_claims.resize(out);
     m_claims.shrink_to_fit();
     m_sorted = out;
+    m_known = Range();
 }
 
 bool ClusterBitmap::isClaimed(quint64 cluster)
 {
+    if (m_claims.empty())
+        return false;
     settle();
+    // The walk asks in ascending order: the claim or the gap the last answer
+    // came from answers most asks without a search.
+    if (cluster >= m_known.first && cluster < m_known.end)
+        return m_knownClaimed;
     auto it = std::upper_bound(m_claims.begin(), m_claims.end(), cluster, [](quint64 c, const Range& r) { return c < r.first; });
-    return it != m_claims.begin() && cluster < std::prev(it)->end;
+    m_knownClaimed = it != m_claims.begin() && cluster < std::prev(it)->end;
+    if (m_knownClaimed)
+        m_known = *std::prev(it);
+    else
+        m_known = {it == m_claims.begin() ? 0 : std::prev(it)->end, it == m_claims.end() ? ~quint64(0) : it->first};
+    return m_knownClaimed;
 }

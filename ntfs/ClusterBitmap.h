@@ -58,7 +58,10 @@ private:
     quint64 m_windowBytes = kWindowBytes;
     quint64 m_storedBytes = 0; // bytes read from the bitmap, a whole number of units
     Window m_windows[kWindows];
+    int m_last = -1; // the window the last ask was answered from
     quint64 m_uses = 0;
     std::vector<Range> m_claims;
     size_t m_sorted = 0; // m_claims[0, m_sorted) is sorted and merged; the rest came since
+    Range m_known;       // clusters that are all claimed, or all not, as m_knownClaimed says
+    bool m_knownClaimed = false;
 };

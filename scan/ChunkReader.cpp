@@ -67,12 +67,16 @@ const ChunkReader::Chunk* ChunkReader::take()
     if (m_order.empty())
         return nullptr;
     const int i = m_order.front();
-    m_order.pop_front();
     Slot& s = m_slots[size_t(i)];
-    // Nobody has begun on it: the pass reads it itself rather than wait.
-    if (s.state == State::Asked)
-        readInto(s, lock);
-    m_changed.wait(lock, [&s] { return s.state == State::Done; });
+    // Rather than wait, the pass reads the oldest chunk nobody has begun on:
+    // this one, or while the other thread reads this one, a later one.
+    while (s.state != State::Done) {
+        if (Slot* next = firstAsked())
+            readInto(*next, lock);
+        else
+            m_changed.wait(lock);
+    }
+    m_order.pop_front();
     m_held = i;
     return &s.chunk;
 }
@@ -104,20 +108,21 @@ void ChunkReader::readInto(Slot& slot, std::unique_lock<std::mutex>& lock)
     m_changed.notify_all();
 }
 
+ChunkReader::Slot* ChunkReader::firstAsked()
+{
+    for (int i : m_order) {
+        if (m_slots[size_t(i)].state == State::Asked)
+            return &m_slots[size_t(i)];
+    }
+    return nullptr;
+}
+
 void ChunkReader::work()
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     while (true) {
         Slot* next = nullptr;
-        m_changed.wait(lock, [this, &next] {
-            for (int i : m_order) {
-                if (m_slots[size_t(i)].state == State::Asked) {
-                    next = &m_slots[size_t(i)];
-                    break;
-                }
-            }
-            return m_stop || next;
-        });
+        m_changed.wait(lock, [this, &next] { return m_stop || (next = firstAsked()); });
         if (m_stop)
             return;
         readInto(*next, lock);

@@ -68,6 +68,7 @@ private:
     void work();
     void readInto(Slot& slot, std::unique_lock<std::mutex>& lock);
     int freeSlot() const;
+    Slot* firstAsked();
 
     ReadFn m_read;
     const quint64 m_chunkBytes;
