@@ -8,12 +8,21 @@ ChunkReader::ReadFn chunkRead(const BlockWindow::ReadFn& read, const BlockWindow
         return ahead.read;
     return [read](void* buffer, quint64 bytes, quint64 offset, QList<BadRange>*) { return read(buffer, bytes, offset); };
 }
+// Chunks read ahead: a few, but on a small volume no more than a small share
+// of it, so progress counted from the chunks at hand keeps close to the reads.
+int aheadChunks(const BlockWindow::Layout& layout, quint64 blocksPerChunk)
+{
+    constexpr quint64 kShare = 32;
+    const quint64 chunks = layout.endBlock > layout.firstBlock ? (layout.endBlock - layout.firstBlock) / blocksPerChunk : 0;
+    return int(qBound<quint64>(1, chunks / kShare, ChunkReader::kDepth));
+}
 } // namespace
 
 BlockWindow::BlockWindow(ReadFn read, const Layout& layout, WantedFn wanted, const Ahead& ahead)
     : m_read(std::move(read)), m_layout(layout), m_wanted(std::move(wanted)), m_count(ahead.count),
       m_blocksPerChunk(qMax<quint64>(1, kChunkBytes / qMax<quint64>(1, layout.blockBytes))),
-      m_reader(chunkRead(m_read, ahead), ahead.read && ahead.secondThread, m_blocksPerChunk * layout.blockBytes),
+      m_reader(chunkRead(m_read, ahead), ahead.read && ahead.secondThread, m_blocksPerChunk * layout.blockBytes,
+               aheadChunks(layout, m_blocksPerChunk)),
       m_single(layout.blockBytes)
 {
 }
@@ -116,6 +125,8 @@ void BlockWindow::load(quint64 index)
     noteEnd(chunk->got, chunk->position);
     if (chunk->got > 0)
         m_readEnd = index + qMin(quint64(chunk->got), chunk->bytes) / m_layout.blockBytes;
+    const int ready = m_reader.ready();
+    m_aheadEnd = ready > 0 && m_readEnd == m_end ? m_asked[size_t(ready - 1)].end : m_readEnd;
 }
 
 const uchar* BlockWindow::readAlone(quint64 index)

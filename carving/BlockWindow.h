@@ -50,9 +50,10 @@ public:
     // True when the block lies at or behind a position where the device
     // reported its end: it and every later block can't be read.
     bool pastEnd(quint64 index) const;
-    // Blocks from index on that the last chunk read already brought in: a walk
-    // paced by its reads has done that much more of its work.
-    quint64 readAhead(quint64 index) const { return index >= m_start && index < m_readEnd ? m_readEnd - index : 0; }
+    // Blocks from index on that the chunk reads so far brought in (as the walk
+    // last entered a chunk): a walk paced by its reads has done that much more
+    // of its work.
+    quint64 readAhead(quint64 index) const { return index >= m_start && index < m_aheadEnd ? m_aheadEnd - index : 0; }
 
 private:
     struct Span {
@@ -81,5 +82,6 @@ private:
     quint64 m_start = 0;    // window [m_start, m_end) of block numbers
     quint64 m_end = 0;
     quint64 m_readEnd = 0;  // blocks below this came whole from the chunk read
+    quint64 m_aheadEnd = 0; // m_readEnd, or the end of the chunks read ahead of it
     quint64 m_deviceEnd = std::numeric_limits<quint64>::max();
 };

@@ -34,6 +34,15 @@ int ChunkReader::freeSlot() const
     return -1;
 }
 
+int ChunkReader::ready() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    int n = 0;
+    while (n < int(m_order.size()) && m_slots[size_t(m_order[size_t(n)])].state == State::Done)
+        ++n;
+    return n;
+}
+
 void ChunkReader::ask(quint64 position, quint64 bytes)
 {
     {

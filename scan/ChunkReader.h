@@ -48,6 +48,8 @@ public:
     // Chunks asked for and not yet taken.
     int waiting() const;
     bool canAsk() const { return waiting() < m_depth; }
+    // Chunks asked for that are read already and wait to be taken, oldest first.
+    int ready() const;
     // Asks for bytes (at most chunkBytes) at position. Ignored when canAsk() is false.
     void ask(quint64 position, quint64 bytes);
     // Whether the next chunk take() returns is the one at position of bytes.
