@@ -1,5 +1,6 @@
 #pragma once
 #include "results/Extent.h"
+#include "scan/device/BadRange.h"
 
 #include <QString>
 #include <QtGlobal>
@@ -15,6 +16,14 @@ struct CarvingContext {
     // Reads at a byte offset from the start of the volume (the scanner adds its
     // partOffset). Returns bytes read, short or 0 at the end, or -1.
     std::function<qint64(void* buffer, quint64 bytes, quint64 volumeByteOffset)> read;
+    // The same for the walk's reads ahead, safe beside read on another thread,
+    // with the ranges of unreadable sectors; it counts nothing. countRead then
+    // counts each such read on the walk's thread as read counts its own. Empty:
+    // the walk reads through read alone, one chunk at a time.
+    std::function<qint64(void* buffer, quint64 bytes, quint64 volumeByteOffset, QList<BadRange>* bad)> readAhead;
+    std::function<void(qint64 got, const QList<BadRange>& bad)> countRead;
+    // Whether a second thread reads ahead: the device takes two reads at once.
+    bool secondReader = false;
     // The scanner's pause-and-stop check: waits while paused, true to stop.
     std::function<bool()> checkPoint;
     // Progress of the walk: blocks passed, counting those already read ahead,
@@ -39,13 +48,14 @@ struct CarvingContext {
     std::function<void(quint64 block, quint64 endBlock)> atCheck;
 };
 
-// An NTFS volume as the pass walks it: the clear bits of the cluster bitmap
-// (the metadata pass sets the bits of the first cluster of each file it listed).
+// An NTFS volume as the pass walks it: the clusters clear in the cluster bitmap
+// (less those the metadata pass took for the files it listed).
 struct NtfsCarvingGeometry {
-    quint32 clusterBytes = 4096;     // from the boot sector; a power of two
-    const quint8* bitmap = nullptr;  // null: every cluster counts as free
-    quint64 bitmapBytes = 0;         // bytes of bitmap to walk
-    quint64 clusterCount = 0;        // clusters on the volume; 0 with a bitmap: as many as it describes
+    quint32 clusterBytes = 4096; // from the boot sector; a power of two
+    // Whether a cluster is free; empty: every cluster counts as free.
+    std::function<bool(quint64 cluster)> clusterFree;
+    quint64 bitmapClusters = 0;  // with clusterFree: the clusters the bitmap describes, no more are walked
+    quint64 clusterCount = 0;    // clusters on the volume; 0 with a bitmap: as many as it describes
 };
 
 // A FAT32 volume as the pass walks it: the clusters the FAT has an entry for,

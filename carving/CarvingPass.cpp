@@ -14,7 +14,6 @@ namespace {
 constexpr quint64 kFat32FirstDataCluster = 2; // clusters 0 and 1 have FAT entries but no place on disk
 constexpr quint32 kFatEntryBytes = 4;
 constexpr quint64 kFat32ClusterLimit = quint64(1) << 28; // FAT32 entries have 28 bits; the top four are reserved
-constexpr int kBitsPerByte = 8;
 } // namespace
 
 CarvingPass::CarvingPass(const CarvingContext& context, const CarvingRegion& region, bool ntfs, const RecordFn& record)
@@ -56,13 +55,11 @@ bool CarvingPass::run(const CarvingContext& context, const CarvingRegion& region
 
 bool CarvingPass::runNtfs(const CarvingContext& context, const NtfsCarvingGeometry& geometry)
 {
-    const quint8* bitmap = geometry.bitmap;
-    const quint64 described = bitmap ? checked::mulSat(geometry.bitmapBytes, kBitsPerByte) : geometry.clusterCount;
+    const quint64 described = geometry.clusterFree ? geometry.bitmapClusters : geometry.clusterCount;
     CarvingRegion region;
     region.blockBytes = geometry.clusterBytes;
     region.endBlock = geometry.clusterCount ? qMin(geometry.clusterCount, described) : described;
-    if (bitmap)
-        region.free = [bitmap](quint64 c) { return !((bitmap[c / kBitsPerByte] >> (c % kBitsPerByte)) & 1); };
+    region.free = geometry.clusterFree;
     return run(context, region, true, [](const Found& found) {
         auto* file = new NtfsFile;
         file->setRuns({DataRun{found.blocks, found.blocks, found.firstBlock, false}});
@@ -93,7 +90,8 @@ bool CarvingPass::walk()
 {
     const quint64 end = m_region.endBlock;
     BlockWindow window(m_context.read, {m_region.blockBytes, m_region.firstBlock, m_region.firstOffset, end},
-                       [this](quint64 b) { return isFree(b); });
+                       [this](quint64 b) { return isFree(b); },
+                       {m_context.readAhead, m_context.countRead, m_context.secondReader});
     const quint64 first = m_context.resume ? qMax(m_region.firstBlock, m_context.resumeBlock) : m_region.firstBlock;
     if (m_context.atCheck)
         m_context.atCheck(first, end);

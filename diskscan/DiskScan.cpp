@@ -8,6 +8,7 @@
 #include "results/ResultTree.h"
 #include "results/SavedTree.h"
 #include "scan/CheckedMath.h"
+#include "scan/ChunkReader.h"
 #include "scan/device/DeviceLayer.h"
 
 #include <QDataStream>
@@ -22,7 +23,7 @@ namespace {
 constexpr quint64 kSector = BootSectorCandidates::kSectorBytes;
 // The walk reads this much at a time, in order, and tests every sector inside:
 // large enough that the disk streams, small enough to stay a modest buffer.
-constexpr quint64 kChunkBytes = 4 * 1024 * 1024;
+constexpr quint64 kChunkBytes = ChunkReader::kChunkBytes;
 // Where a FAT32 BPB usually keeps its backup boot sector.
 constexpr quint64 kFat32BackupSector = 6;
 // The layout of the search's part of a saved point.
@@ -177,8 +178,10 @@ void DiskScan::search()
     foundVolumes.clear();
     resumePoint = ResumePoint();
     qDebug() << "begin:" << now();
-    std::vector<uchar> chunk(kChunkBytes);
+    ChunkReader reader([this](void* buffer, quint64 bytes, quint64 at, QList<BadRange>*) { return readAhead(buffer, bytes, at); },
+                       secondReader(), kChunkBytes);
     quint64 position = startPosition(size);
+    quint64 asked = position; // where the next chunk to ask for begins
     searchEnd = size;
     while (position < size) {
         // A stop during the last chunk may have cut a partition's scan short:
@@ -189,7 +192,13 @@ void DiskScan::search()
             break;
         searchPosition = position;
         const quint64 want = qMin(kChunkBytes, size - position);
-        readChunk(chunk.data(), want, position);
+        if (!reader.nextIs(position, want)) {
+            reader.drop();
+            asked = position;
+        }
+        for (; reader.canAsk() && asked < size; asked += qMin(kChunkBytes, size - asked))
+            reader.ask(asked, qMin(kChunkBytes, size - asked));
+        searchChunk(*reader.take());
         // A scanned volume whose extent is trusted is not read again.
         position = qMax(position + want, m_resumeAt - m_resumeAt % kSector);
     }
@@ -200,18 +209,29 @@ void DiskScan::search()
     emit scanDone(totalResults, totalSize);
 }
 
-void DiskScan::readChunk(uchar* buffer, quint64 want, quint64 position)
+qint64 DiskScan::readAhead(void* buffer, quint64 bytes, quint64 position)
 {
-    if (readDisk(buffer, want, position) == qint64(want)) {
-        testSectors(buffer, want, position);
+    if (!secondReader())
+        return readDisk(buffer, bytes, position);
+    const qint64 got = diskHandle.read(buffer, bytes, position);
+    if (got > 0)
+        bytesRead += quint64(got);
+    return got;
+}
+
+void DiskScan::searchChunk(const ChunkReader::Chunk& chunk)
+{
+    if (chunk.got == qint64(chunk.bytes)) {
+        testSectors(chunk.data, chunk.bytes, chunk.position);
         return;
     }
     // A chunk that failed or fell short is read again sector by sector, so
     // only the sectors that cannot be read are passed over, and no test runs
     // on bytes that were not read.
-    for (quint64 at = position; at + kSector <= position + want && !stopRequested(); at += kSector) {
-        if (readDisk(buffer, kSector, at) == qint64(kSector))
-            testSectors(buffer, kSector, at);
+    uchar sector[kSector];
+    for (quint64 at = chunk.position; at + kSector <= chunk.position + chunk.bytes && !stopRequested(); at += kSector) {
+        if (readDisk(sector, kSector, at) == qint64(kSector))
+            testSectors(sector, kSector, at);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 #include "diskscan/VolumeCandidate.h"
+#include "scan/ChunkReader.h"
 #include "scan/PartScan.h"
 
 #include <QList>
@@ -52,7 +53,9 @@ protected:
 
 private:
     void search();
-    void readChunk(uchar* buffer, quint64 bytes, quint64 position);
+    // readDisk for the search's reads ahead: beside the scanners' reads where the disk takes two at once.
+    qint64 readAhead(void* buffer, quint64 bytes, quint64 position);
+    void searchChunk(const ChunkReader::Chunk& chunk);
     // Tests the sectors of data, which lies at position on the disk.
     void testSectors(const uchar* data, quint64 bytes, quint64 position);
     bool stopRequested();

@@ -209,8 +209,7 @@ bool NtfsVolumeScan::scanMetadata(ScanTotals& totals)
 
 void NtfsVolumeScan::scanFinished()
 {
-    clusterBitmap.clear();
-    bitmapClusters = 0;
+    clusterBitmap = ClusterBitmap();
     pendingNames.clear();
 }
 
@@ -230,20 +229,19 @@ bool NtfsVolumeScan::prepareCarvingResume(const QByteArray& state)
 
 void NtfsVolumeScan::carveFreeBlocks(const CarvingContext& c)
 {
-    // Only the first run of $Bitmap was read; without it every cluster counts as free.
-    const quint64 bitmapBytes = qMin(quint64(clusterBitmap.size()), checked::mulSat(bitmapClusters, volume.geometry.clusterBytes));
+    // Without $Bitmap every cluster counts as free.
     NtfsCarvingGeometry g;
     g.clusterBytes = volume.geometry.clusterBytes;
-    g.bitmap = clusterBitmap.isEmpty() ? nullptr : reinterpret_cast<const quint8*>(clusterBitmap.constData());
-    g.bitmapBytes = bitmapBytes;
+    if (clusterBitmap.isValid())
+        g.clusterFree = [this](quint64 c) { return !clusterBitmap.inUse(c); };
+    g.bitmapClusters = clusterBitmap.clusters();
     g.clusterCount = volume.volumeClusters;
     CarvingPass::runNtfs(c, g);
 }
 
 void NtfsVolumeScan::loadClusterBitmap()
 {
-    clusterBitmap.clear();
-    bitmapClusters = 0;
+    clusterBitmap = ClusterBitmap();
     QByteArray record(int(volume.geometry.recordBytes), '\0');
     auto* bytes = reinterpret_cast<uint8_t*>(record.data());
     MftRecordInfo info;
@@ -254,11 +252,16 @@ void NtfsVolumeScan::loadClusterBitmap()
     if (!decoder().data(bytes, &info, volume.volumeClusters) || bitmapFile.resident() || bitmapFile.runCount() == 0
         || bitmapFile.runs().first().sparse)
         return;
-    // One bit per cluster of the volume; a longer first run holds nothing more.
-    const quint64 needed = ceilDiv(ceilDiv(volume.volumeClusters, 8), volume.geometry.clusterBytes);
-    bitmapClusters = qMin(bitmapFile.runs().first().length, needed);
-    clusterBitmap = QByteArray(qsizetype(bitmapClusters << volume.geometry.clusterShift), '\0');
-    readClusters(clusterBitmap.data(), quint32(bitmapClusters), 0, bitmapFile.runs());
+    // One bit per cluster of the volume; longer runs hold nothing more.
+    const NtfsGeometry& g = volume.geometry;
+    const QList<DataRun> runs = bitmapFile.runs();
+    const quint64 needed = ceilDiv(ceilDiv(volume.volumeClusters, 8), g.clusterBytes);
+    const quint64 stored = qMin(RunList::clusterTotal(runs), needed);
+    const quint64 described = qMin(checked::mulSat(checked::mulSat(stored, g.clusterBytes), 8), volume.volumeClusters);
+    const auto read = [this, runs](char* out, quint64 offset, quint64 bytes) {
+        readClusters(out, quint32(bytes >> volume.geometry.clusterShift), offset >> volume.geometry.clusterShift, runs);
+    };
+    clusterBitmap = ClusterBitmap(read, described, g.clusterBytes);
 }
 
 bool NtfsVolumeScan::liveMftPass(ScanTotals* totals)
@@ -649,14 +652,12 @@ FolderNode* NtfsVolumeScan::currentOrphanFolder()
 
 void NtfsVolumeScan::markClusters(const NtfsFile* file)
 {
-    if (file->resident() || clusterBitmap.isEmpty())
+    if (file->resident())
         return;
     // Only the first cluster of a run: the carving pass tests where runs begin.
     for (const DataRun& run : file->runs()) {
-        if (run.length == 0 || run.sparse || run.lcn / 8 >= quint64(clusterBitmap.size()))
-            continue;
-        const qsizetype byte = qsizetype(run.lcn / 8);
-        clusterBitmap[byte] = char(quint8(clusterBitmap.at(byte)) | (1u << (run.lcn % 8)));
+        if (run.length != 0 && !run.sparse && run.lcn < clusterBitmap.clusters())
+            clusterBitmap.claim(run.lcn, 1);
     }
 }
 

@@ -1,4 +1,5 @@
 #pragma once
+#include "ntfs/ClusterBitmap.h"
 #include "ntfs/DirectoryEntry.h"
 #include "ntfs/FileNameAttribute.h"
 #include "ntfs/IndexSlack.h"
@@ -61,8 +62,9 @@ public:
     NtfsVolume volume; // opened by the constructor, fixed from then on
     DirectoryMap directories;
     OrphanFolders orphans;
-    QByteArray clusterBitmap; // first run of $Bitmap during a scan; empty when it can't be read
-    quint64 bitmapClusters = 0;
+    // $Bitmap during a scan, read a window at a time, with the clusters of the
+    // files found; invalid when it can't be read.
+    ClusterBitmap clusterBitmap;
 
 protected:
     bool scanMetadata(ScanTotals& totals) override;

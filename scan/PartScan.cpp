@@ -55,6 +55,16 @@ qint64 PartScan::read(void* buffer, quint64 bytes, quint64 position, QList<BadRa
     return got;
 }
 
+qint64 PartScan::readBeside(void* buffer, quint64 bytes, quint64 position, QList<BadRange>* bad)
+{
+    if (!secondReader())
+        return read(buffer, bytes, position, bad);
+    const qint64 got = handle.read(buffer, bytes, position, bad);
+    if (got > 0)
+        *bytesCounter += quint64(got);
+    return got;
+}
+
 bool PartScan::deviceFailed() const
 {
     return handle.health() && handle.health()->gone();

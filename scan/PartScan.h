@@ -50,6 +50,12 @@ public:
     // device has gone. Unreadable sectors read as zeros; with bad given, their
     // ranges are added to it.
     qint64 read(void* buffer, quint64 bytes, quint64 position, QList<BadRange>* bad = nullptr);
+    // read() for a thread that reads ahead of the scan's own reads. Where a
+    // second reader helps (secondReader()) it does not wait for handleLock:
+    // every source takes reads from several threads at once.
+    qint64 readBeside(void* buffer, quint64 bytes, quint64 position, QList<BadRange>* bad);
+    // Whether a second thread reading ahead speeds the device up: not on a spinning disk.
+    bool secondReader() const { return handle.isValid() && !handle.rotational(); }
     // In blocks of 2^shift bytes relative to the volume; whole blocks read, or -1.
     qint64 readBlocks(void* buffer, quint32 count, quint64 position, int shift, QList<BadRange>* bad = nullptr);
     // True once the device stopped answering: the scan ends with what it has

@@ -151,6 +151,12 @@ CarvingContext VolumeScan::carvingContext(ScanTotals& totals)
     c.root = rootFolder;
     c.partIndex = partIndex;
     c.read = [this](void* buffer, quint64 bytes, quint64 offset) { return readVolume(buffer, bytes, offset); };
+    c.readAhead = [this](void* buffer, quint64 bytes, quint64 offset, QList<BadRange>* bad) -> qint64 {
+        uint64_t position = 0;
+        return checked::add(partOffset, offset, &position) ? readBeside(buffer, bytes, position, bad) : -1;
+    };
+    c.countRead = [this](qint64 got, const QList<BadRange>& bad) { countReadErrors(got < 0 || !bad.isEmpty() ? 1 : 0); };
+    c.secondReader = secondReader();
     c.checkPoint = [this] { return checkPoint(); };
     // The walk takes the rest of the scale, from where the metadata pass ended.
     const quint64 from = qMin(totals.position, m_progressScale);

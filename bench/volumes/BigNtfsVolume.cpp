@@ -1,12 +1,13 @@
 // Writes an NTFS volume with many files to an image file, sparse, for the
 // benchmark: ntfs-3g takes hours to make a million files.
 //
-//   ostrel-bench-ntfs IMAGE [FILES]
+//   ostrel-bench-ntfs IMAGE [FILES [GIB]]
 //
 // FILES files (default 1,000,000) in folders of kFilesPerFolder under the
 // root; every fourth file is deleted, every kNonResidentEvery-th lies in
 // clusters outside the MFT, the others in their records. The names of the
-// deleted files go to IMAGE.deleted, one path a line.
+// deleted files go to IMAGE.deleted, one path a line. With GIB the volume is
+// that large (at least what the files need), the rest of it free clusters.
 #include "imaging/NtfsImageBuilder.h"
 
 #include <QCoreApplication>
@@ -24,6 +25,7 @@ constexpr quint32 kSystemRecords = 16;
 constexpr quint32 kResidentBytes = 120;  // fits the record beside the name
 constexpr quint32 kNonResidentBytes = 6000; // two clusters, the second one partly
 constexpr quint64 kSpareClusters = 4096;
+constexpr quint64 kMaxGib = 16 * 1024; // 16 TiB: the largest image file ext4 takes
 
 QByteArray contentOf(quint32 file, quint32 bytes)
 {
@@ -39,7 +41,7 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
     if (args.size() < 2) {
-        std::fprintf(stderr, "usage: ostrel-bench-ntfs IMAGE [FILES]\n");
+        std::fprintf(stderr, "usage: ostrel-bench-ntfs IMAGE [FILES [GIB]]\n");
         return 2;
     }
     const quint32 files = args.size() > 2 ? qBound(1u, args.at(2).toUInt(), kMaxFiles) : kDefaultFiles;
@@ -50,6 +52,8 @@ int main(int argc, char** argv)
     const quint64 mftClusters = ceilDiv(quint64(records) * geo.recordBytes, geo.clusterBytes);
     const quint64 dataClusters = ceilDiv(files, kNonResidentEvery) * ceilDiv(kNonResidentBytes, geo.clusterBytes);
     geo.totalClusters = mftClusters + dataClusters + kSpareClusters;
+    const quint64 gib = args.size() > 3 ? qMin(args.at(3).toULongLong(), kMaxGib) : 0;
+    geo.totalClusters = qMax(geo.totalClusters, (gib << 30) / geo.clusterBytes);
 
     QFile image(args.at(1));
     QFile deleted(args.at(1) + QStringLiteral(".deleted"));

@@ -13,4 +13,7 @@ public:
     // The size now, for a source that can shrink while it is read (an image
     // file cut short, a disk pulled out); size() stays the size seen at open.
     virtual quint64 currentSize() const { return size(); }
+    // Whether the bytes lie on a spinning disk: a second reader beside the
+    // first only makes its head seek there. Unknown counts as not.
+    virtual bool rotational() const { return false; }
 };

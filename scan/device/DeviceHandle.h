@@ -32,6 +32,9 @@ public:
     // given, their ranges (view positions) are added to it.
     qint64 read(void* buffer, quint64 bytes, quint64 position, QList<BadRange>* bad = nullptr) const;
 
+    // Whether the device is a spinning disk, where one reader at a time reads fastest.
+    bool rotational() const { return m_source && m_source->rotational(); }
+
     // A narrower view, clipped to this one.
     DeviceHandle slice(quint64 base, quint64 length) const;
 

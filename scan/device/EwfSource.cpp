@@ -1,4 +1,5 @@
 #include "scan/device/EwfSource.h"
+#include "scan/device/FileSource.h"
 
 #include <libewf.h>
 
@@ -31,5 +32,6 @@ std::shared_ptr<ByteSource> EwfSource::open(const QString& path, int* error)
     const QByteArray name = path.toLocal8Bit();
     if (!source->start([&](intptr_t* handle) { return openSegments(handle, name); }, error))
         return nullptr;
+    source->setRotational(FileSource::onSpinningDisk(path));
     return source;
 }

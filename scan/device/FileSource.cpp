@@ -1,11 +1,13 @@
 #include "scan/device/FileSource.h"
 
+#include <QFile>
 #include <QMutex>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
@@ -48,6 +50,29 @@ quint64 sizeOf(int fd, const struct stat& st)
     return 0;
 }
 
+// The kernel's flag for the disk behind a device number: the device's own
+// queue, or for a partition the queue of its disk. Without one (memory,
+// network and overlay file systems) the device counts as not spinning.
+bool spinning(dev_t device)
+{
+    constexpr qint64 kFlagBytes = 8; // "0\n" or "1\n"
+    if (major(device) == 0)
+        return false;
+    const QString base = QStringLiteral("/sys/dev/block/%1:%2/").arg(major(device)).arg(minor(device));
+    for (const QString& at : {base + QStringLiteral("queue/rotational"), base + QStringLiteral("../queue/rotational")}) {
+        QFile flag(at);
+        if (flag.open(QIODevice::ReadOnly))
+            return flag.read(kFlagBytes).trimmed() == "1";
+    }
+    return false;
+}
+
+// A device by its own number, a file by the number of the device it lies on.
+bool spinning(const struct stat& st)
+{
+    return spinning(S_ISBLK(st.st_mode) ? st.st_rdev : st.st_dev);
+}
+
 bool readableKind(const struct stat& st)
 {
     return S_ISREG(st.st_mode) || S_ISBLK(st.st_mode);
@@ -85,7 +110,15 @@ std::shared_ptr<FileSource> FileSource::open(const QString& path, int* error)
         ::close(fd);
         return failWith(readableKind(st) ? e : ENODEV, error);
     }
-    return std::shared_ptr<FileSource>(new FileSource(fd, sizeOf(fd, st), path));
+    std::shared_ptr<FileSource> source(new FileSource(fd, sizeOf(fd, st), path));
+    source->m_rotational = spinning(st);
+    return source;
+}
+
+bool FileSource::onSpinningDisk(const QString& path)
+{
+    struct stat st {};
+    return ::stat(path.toLocal8Bit().constData(), &st) == 0 && spinning(st);
 }
 
 quint64 FileSource::currentSize() const

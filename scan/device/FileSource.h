@@ -20,6 +20,10 @@ public:
     quint64 size() const override { return m_size; }
     quint64 currentSize() const override;
     const QString& path() const { return m_path; }
+    bool rotational() const override { return m_rotational; }
+    // Whether the file or device at path lies on a spinning disk, as the
+    // kernel reports the disk (of a partition: of the disk it is on).
+    static bool onSpinningDisk(const QString& path);
     int fd() const { return m_fd; } // for probes inside the device layer only
 
     // Every open of a device or image goes through open(); tests watch the flags it uses.
@@ -31,4 +35,5 @@ private:
     int m_fd;
     quint64 m_size;
     QString m_path;
+    bool m_rotational = false;
 };

@@ -28,6 +28,7 @@ public:
 
     qint64 readAt(void* buffer, quint64 bytes, quint64 position) const override;
     quint64 size() const override { return m_size; }
+    bool rotational() const override { return m_rotational; }
 
 protected:
     explicit LibyalSource(const LibyalCalls& calls);
@@ -35,11 +36,13 @@ protected:
     // success, and asks the media size; false with *error set when the
     // container is unusable.
     bool start(const std::function<int(intptr_t* handle)>& open, int* error);
+    void setRotational(bool rotational) { m_rotational = rotational; }
 
 private:
     const LibyalCalls& m_calls;
     intptr_t* m_handle = nullptr;
     bool m_open = false;
     quint64 m_size = 0;
+    bool m_rotational = false;
     mutable QMutex m_mutex;
 };

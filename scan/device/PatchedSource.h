@@ -13,6 +13,7 @@ public:
         : m_device(std::move(device)), m_position(position), m_bytes(std::move(bytes)) {}
     qint64 readAt(void* buffer, quint64 bytes, quint64 position) const override;
     quint64 size() const override { return m_device.length(); }
+    bool rotational() const override { return m_device.rotational(); }
 
     // A handle on device that reads bytes at position.
     static DeviceHandle patch(const DeviceHandle& device, quint64 position, const QByteArray& bytes);

@@ -1,4 +1,5 @@
 #include "scan/device/QcowSource.h"
+#include "scan/device/FileSource.h"
 
 #include <libqcow.h>
 
@@ -16,5 +17,6 @@ std::shared_ptr<ByteSource> QcowSource::open(const QString& path, int* error)
     const auto openFile = [&](intptr_t* file) { return libqcow_file_open(file, name.constData(), LIBQCOW_OPEN_READ, nullptr); };
     if (!source->start(openFile, error))
         return nullptr;
+    source->setRotational(FileSource::onSpinningDisk(path));
     return source;
 }

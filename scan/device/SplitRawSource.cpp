@@ -131,3 +131,8 @@ qint64 SplitRawSource::readAt(void* buffer, quint64 bytes, quint64 position) con
     }
     return qint64(done);
 }
+
+bool SplitRawSource::rotational() const
+{
+    return std::any_of(m_pieces.begin(), m_pieces.end(), [](const Piece& p) { return p.file->rotational(); });
+}

@@ -23,6 +23,7 @@ public:
 
     qint64 readAt(void* buffer, quint64 bytes, quint64 position) const override;
     quint64 size() const override { return m_size; }
+    bool rotational() const override;
 
 private:
     struct Piece {

@@ -1,4 +1,5 @@
 #include "scan/device/VhdiSource.h"
+#include "scan/device/FileSource.h"
 
 #include <libvhdi.h>
 
@@ -16,5 +17,6 @@ std::shared_ptr<ByteSource> VhdiSource::open(const QString& path, int* error)
     const auto openFile = [&](intptr_t* file) { return libvhdi_file_open(file, name.constData(), LIBVHDI_OPEN_READ, nullptr); };
     if (!source->start(openFile, error))
         return nullptr;
+    source->setRotational(FileSource::onSpinningDisk(path));
     return source;
 }

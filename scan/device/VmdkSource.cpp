@@ -1,4 +1,5 @@
 #include "scan/device/VmdkSource.h"
+#include "scan/device/FileSource.h"
 
 #include <libvmdk.h>
 
@@ -22,5 +23,6 @@ std::shared_ptr<ByteSource> VmdkSource::open(const QString& path, int* error)
     };
     if (!source->start(openFile, error))
         return nullptr;
+    source->setRotational(FileSource::onSpinningDisk(path));
     return source;
 }

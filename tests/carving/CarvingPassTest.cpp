@@ -13,7 +13,9 @@ using namespace carvedHeaders;
 namespace {
 bool runNtfs(CarvingVolume& v, std::vector<quint8>* bitmap, quint64 clusterCount = 0)
 {
-    const NtfsCarvingGeometry g{v.blockBytes, bitmap ? bitmap->data() : nullptr, bitmap ? bitmap->size() : 0, clusterCount};
+    NtfsCarvingGeometry g{v.blockBytes, {}, bitmap ? bitmap->size() * 8 : 0, clusterCount};
+    if (bitmap)
+        g.clusterFree = [bitmap](quint64 c) { return !((*bitmap)[c / 8] >> (c % 8) & 1); };
     return CarvingPass::runNtfs(v.context(), g);
 }
 

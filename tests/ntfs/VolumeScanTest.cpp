@@ -329,18 +329,15 @@ public:
 class BitmapProbe : public NtfsVolumeScan {
 public:
     using NtfsVolumeScan::NtfsVolumeScan;
-    QByteArray seen;
-    quint64 seenClusters = 0;
+    std::vector<bool> seen;
 
 protected:
     void carveFreeBlocks(const CarvingContext&) override
     {
-        seen = clusterBitmap;
-        seenClusters = bitmapClusters;
+        for (quint64 c = 0; c < clusterBitmap.clusters(); ++c)
+            seen.push_back(clusterBitmap.inUse(c));
     }
 };
-
-bool bit(const QByteArray& bitmap, quint64 n) { return (quint8(bitmap.at(int(n / 8))) >> (n % 8)) & 1; }
 } // namespace
 
 TEST(NtfsVolumeScan, FilesThatLiveUnderTheSamePathAreLeftOut)
@@ -381,14 +378,13 @@ TEST(NtfsVolumeScan, MarksTheFirstClusterOfEachFoundRunForTheCarvingPass)
     probe->doExtra = true;
     ScanRun h(probe);
     ASSERT_TRUE(h.run());
-    EXPECT_EQ(probe->seenClusters, 1u);
-    ASSERT_EQ(probe->seen.size(), 4096);
-    EXPECT_TRUE(bit(probe->seen, 4)) << "the MFT, from $Bitmap";
-    EXPECT_TRUE(bit(probe->seen, a));
-    EXPECT_TRUE(bit(probe->seen, c));
-    EXPECT_FALSE(bit(probe->seen, c + 1)) << "only where a run begins";
-    EXPECT_FALSE(bit(probe->seen, gap)) << "free, and no run begins there";
-    EXPECT_TRUE(h.as<NtfsVolumeScan>()->clusterBitmap.isEmpty()) << "freed behind the carving pass";
+    ASSERT_EQ(probe->seen.size(), probe->volume.volumeClusters) << "one bit per cluster of the volume";
+    EXPECT_TRUE(probe->seen[4]) << "the MFT, from $Bitmap";
+    EXPECT_TRUE(probe->seen[a]);
+    EXPECT_TRUE(probe->seen[c]);
+    EXPECT_FALSE(probe->seen[c + 1]) << "only where a run begins";
+    EXPECT_FALSE(probe->seen[gap]) << "free, and no run begins there";
+    EXPECT_FALSE(h.as<NtfsVolumeScan>()->clusterBitmap.isValid()) << "freed behind the carving pass";
 
     QByteArray noBitmap = image; // $Bitmap's record unreadable: the scan goes on without marks
     noBitmap.replace(int(b.slotOffset(6)), 4, "BAAD");
@@ -396,8 +392,7 @@ TEST(NtfsVolumeScan, MarksTheFirstClusterOfEachFoundRunForTheCarvingPass)
     blind->doExtra = true;
     ScanRun h2(blind);
     ASSERT_TRUE(h2.run());
-    EXPECT_TRUE(blind->seen.isEmpty());
-    EXPECT_EQ(blind->seenClusters, 0u);
+    EXPECT_TRUE(blind->seen.empty());
     EXPECT_EQ(h2.byPath().keys(), QStringList({"frag.bin"}));
 }
 
