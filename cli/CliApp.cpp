@@ -3,6 +3,7 @@
 #include "cli/Interrupt.h"
 #include "cli/ScanSession.h"
 #include "cli/SourceSpec.h"
+#include "cli/JsonLines.h"
 #include "cli/TreeReport.h"
 #include "results/CheckStates.h"
 #include "results/FolderNode.h"
@@ -321,6 +322,50 @@ QJsonArray badRangesJson(const QList<BadRange>& ranges)
     return list;
 }
 
+// Ticks only the folders named (paths as the listing shows them), when any are.
+Failure selectOnly(const QStringList& only, FolderNode* top)
+{
+    if (only.isEmpty())
+        return {};
+    // The top node keeps its state; what hangs below it is unticked.
+    for (FolderNode* child : top->children)
+        CheckStates::set(child, 0);
+    for (FoundFile* file : top->files)
+        CheckStates::setFile(top, file, false, [](FolderNode*) {});
+    for (const QString& path : only) {
+        FolderNode* folder = TreeReport::find(top, path);
+        if (!folder)
+            return {CliApp::Usage, QStringLiteral("no folder %1 in the results").arg(path)};
+        CheckStates::set(folder, 2);
+    }
+    return {};
+}
+
+// Restores what is ticked. With a JSON document, its "restore" object lists
+// every file as it is written (none is kept in memory), then the problem
+// files and the counts; otherwise only the problem files are kept.
+void restoreListed(ScanSession& session, const QString& targetDir, bool keepBoth, JsonLines* doc)
+{
+    RestoreReport& report = session.scanner()->restoreReport;
+    report.setListWhole(false);
+    if (doc) {
+        doc->openObject(QStringLiteral("restore"));
+        doc->openArray(QStringLiteral("files"));
+        report.setWholeSink([doc](const RestoredFile& file) { doc->element(RestoreReport::fileJson(file)); });
+    }
+    session.restore(targetDir, keepBoth);
+    if (!doc)
+        return;
+    report.setWholeSink({});
+    for (const RestoredFile& file : report.files())
+        doc->element(RestoreReport::fileJson(file));
+    doc->closeArray();
+    doc->members({{"written", double(report.written())},
+                  {"damaged", double(report.damaged())},
+                  {"failed", double(report.failed())}});
+    doc->closeObject();
+}
+
 QString restoreSummary(const RestoreReport& report, const QString& targetDir)
 {
     QString text = QStringLiteral("restored %1 files, %2 bytes to %3\n")
@@ -541,55 +586,37 @@ int scanOrRestore(const QStringList& args, bool restore)
     if (f.code != CliApp::Ok)
         return fail(f);
 
-    QJsonObject doc;
-    const bool json = parser.isSet(QStringLiteral("json"));
-    if (!restore) {
-        if (json)
-            doc = TreeReport::json(session->root(), filter);
-        else
-            TreeReport::text(session->root(), filter, [](const QString& line) { outLine(line); });
-    }
     if (restore) {
-        const QStringList only = parser.values(QStringLiteral("only"));
-        if (!only.isEmpty()) {
-            // The top node keeps its state; what hangs below it is unticked.
-            FolderNode* top = session->root();
-            for (FolderNode* child : top->children)
-                CheckStates::set(child, 0);
-            for (FoundFile* file : top->files)
-                CheckStates::setFile(top, file, false, [](FolderNode*) {});
-            for (const QString& path : only) {
-                FolderNode* folder = TreeReport::find(session->root(), path);
-                if (!folder)
-                    return fail({CliApp::Usage, QStringLiteral("no folder %1 in the results").arg(path)});
-                CheckStates::set(folder, 2);
-            }
-        }
+        f = selectOnly(parser.values(QStringLiteral("only")), session->root());
+        if (f.code != CliApp::Ok)
+            return fail(f);
         session->scanner()->filter = filter;
-        // Files written whole are listed only in the JSON document; otherwise counted.
-        session->scanner()->restoreReport.setListWhole(json);
-        session->restore(targetDir, parser.isSet(QStringLiteral("keep-both")));
-        if (json)
-            doc = TreeReport::json(session->root(), filter);
     }
+    const bool json = parser.isSet(QStringLiteral("json"));
+    JsonLines doc([](const QString& text) { outLine(text); });
+    if (json)
+        doc.openDocument();
+    else if (!restore)
+        TreeReport::text(session->root(), filter, [](const QString& line) { outLine(line); });
+    if (restore)
+        restoreListed(*session, targetDir, parser.isSet(QStringLiteral("keep-both")), json ? &doc : nullptr);
     if (session->interrupted())
         err(QStringLiteral("ostrel-cli: stopped; the results so far follow\n"));
     const PartScan& scanner = *session->scanner();
-    const QString totals = QStringLiteral("results=%1,totalsize=%2").arg(session->results()).arg(session->totalSize());
     if (json) {
-        doc.insert("results", double(session->results()));
-        doc.insert("totalSize", double(session->totalSize()));
-        doc.insert("unreadable", badRangesJson(scanner.badRanges()));
-        doc.insert("bytesRead", double(scanner.bytesRead));
-        if (restore) {
-            doc.insert("restoredFiles", double(session->restoredFiles()));
-            doc.insert("restoredBytes", double(session->restoredBytes()));
-            doc.insert("target", targetDir);
-            doc.insert("restore", scanner.restoreReport.json());
-        }
-        out(QString::fromUtf8(QJsonDocument(doc).toJson()));
+        TreeReport::json(session->root(), filter, doc);
+        doc.members({{"results", double(session->results())},
+                     {"totalSize", double(session->totalSize())},
+                     {"unreadable", badRangesJson(scanner.badRanges())},
+                     {"bytesRead", double(scanner.bytesRead)}});
+        if (restore)
+            doc.members({{"restoredFiles", double(session->restoredFiles())},
+                         {"restoredBytes", double(session->restoredBytes())},
+                         {"target", targetDir}});
+        doc.closeDocument();
+        std::fflush(stdout);
     } else {
-        out(totals + QLatin1Char('\n'));
+        out(QStringLiteral("results=%1,totalsize=%2\n").arg(session->results()).arg(session->totalSize()));
         if (restore)
             out(restoreSummary(scanner.restoreReport, targetDir));
     }

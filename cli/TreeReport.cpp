@@ -113,15 +113,21 @@ void TreeReport::text(const FolderNode* root, const ResultFilter& filter, const 
         filter);
 }
 
-QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)
+void TreeReport::json(const FolderNode* root, const ResultFilter& filter, JsonLines& doc)
 {
-    QJsonArray files;
-    QJsonArray folders;
+    doc.members({{"root", root->name}});
+    // Two walks, so each list goes out whole as it is met.
+    doc.openArray(QStringLiteral("folders"));
     walk(
         root, filter,
         [&](const FolderNode* folder, const QString& path) {
-            folders.append(QJsonObject{{"path", path}, {"checkState", folder->checkState}, {"files", int(folder->files.size())}});
+            doc.element({{"path", path}, {"checkState", folder->checkState}, {"files", int(folder->files.size())}});
         },
+        [](const Entry&) {});
+    doc.closeArray();
+    doc.openArray(QStringLiteral("files"));
+    walkFiles(
+        root,
         [&](const Entry& e) {
             QJsonObject file{{"path", e.path},
                              {"name", e.file->name()},
@@ -129,9 +135,10 @@ QJsonObject TreeReport::json(const FolderNode* root, const ResultFilter& filter)
                              {"modified", e.modified.isEmpty() ? QJsonValue() : QJsonValue(e.modified)}};
             if (e.file->nameOnly)
                 file.insert("nameOnly", true); // no content: only the name is left
-            files.append(file);
-        });
-    return {{"root", root->name}, {"folders", folders}, {"files", files}};
+            doc.element(file);
+        },
+        filter);
+    doc.closeArray();
 }
 
 QByteArray TreeReport::csv(const FolderNode* root)

@@ -1,8 +1,8 @@
 #pragma once
 #include "cli/ByteRuns.h"
+#include "cli/JsonLines.h"
 #include "results/ResultFilter.h"
 
-#include <QJsonObject>
 #include <QString>
 #include <functional>
 
@@ -18,12 +18,13 @@ public:
     // The byte runs of a found file, for the DFXML listing.
     using RunLookup = std::function<QList<ByteRuns::Run>(const FoundFile*)>;
 
-    // text and json list only the files the filter lets through. The text
-    // goes out line by line as the walk meets the files: a million results
-    // never stand in memory twice.
+    // text and json list only the files the filter lets through. Both go
+    // out line by line as the walk meets the files: a million results never
+    // stand in memory twice.
     using LineSink = std::function<void(const QString& line)>;
     static void text(const FolderNode* root, const ResultFilter& filter, const LineSink& line);
-    static QJsonObject json(const FolderNode* root, const ResultFilter& filter = ResultFilter());
+    // The root's name and the "folders" and "files" lists, as members of doc.
+    static void json(const FolderNode* root, const ResultFilter& filter, JsonLines& doc);
     // UTF-8 with a byte order mark, so spreadsheets read the names right.
     static QByteArray csv(const FolderNode* root);
     static QByteArray dfxml(const FolderNode* root, const QString& imageName, const RunLookup& runs);

@@ -151,6 +151,7 @@ void DiskScan::run()
         for (PartScan* p : parts) {
             p->keepBoth = keepBoth;
             p->restoreReport.setListWhole(restoreReport.listsWhole());
+            p->restoreReport.setWholeSink(restoreReport.wholeSink());
             p->undelete(restoreDir);
             restoreReport.append(p->restoreReport);
         }

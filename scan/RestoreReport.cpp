@@ -7,11 +7,18 @@
 
 void RestoreReport::add(const RestoredFile& file)
 {
-    QMutexLocker lock(&m_mutex);
-    ++m_counts[file.outcome];
-    m_bytesWritten += file.outcome == RestoredFile::NotWritten ? 0 : file.size;
-    if (file.outcome != RestoredFile::Whole || m_listWhole)
-        m_files.append(file);
+    WholeSink sink;
+    {
+        QMutexLocker lock(&m_mutex);
+        ++m_counts[file.outcome];
+        m_bytesWritten += file.outcome == RestoredFile::NotWritten ? 0 : file.size;
+        if (file.outcome == RestoredFile::Whole && m_wholeSink)
+            sink = m_wholeSink; // called unlocked: it may take its time writing
+        else if (file.outcome != RestoredFile::Whole || m_listWhole)
+            m_files.append(file);
+    }
+    if (sink)
+        sink(file);
 }
 
 void RestoreReport::append(const RestoreReport& other)
@@ -46,6 +53,18 @@ bool RestoreReport::listsWhole() const
 {
     QMutexLocker lock(&m_mutex);
     return m_listWhole;
+}
+
+void RestoreReport::setWholeSink(WholeSink sink)
+{
+    QMutexLocker lock(&m_mutex);
+    m_wholeSink = std::move(sink);
+}
+
+RestoreReport::WholeSink RestoreReport::wholeSink() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_wholeSink;
 }
 
 QList<RestoredFile> RestoreReport::files() const
@@ -108,24 +127,27 @@ QStringList RestoreReport::problemLines() const
 QJsonObject RestoreReport::json() const
 {
     QJsonArray list;
-    const QList<RestoredFile> all = files();
-    for (const RestoredFile& f : all) {
-        QJsonObject o{{"path", f.path}, {"size", double(f.size)}, {"outcome", outcomeName(f.outcome)}};
-        if (f.outcome == RestoredFile::NotWritten)
-            o.insert("reason", failureText(f.failure));
-        if (f.outcome == RestoredFile::Damaged) {
-            QJsonArray ranges;
-            for (const BadRange& r : f.badRanges)
-                ranges.append(QJsonObject{{"offset", double(r.offset)}, {"length", double(r.length)}});
-            o.insert("badBytes", double(f.badBytes()));
-            o.insert("badRanges", ranges);
-        }
-        list.append(o);
-    }
+    for (const RestoredFile& f : files())
+        list.append(fileJson(f));
     return {{"written", double(written())},
             {"damaged", double(damaged())},
             {"failed", double(failed())},
             {"files", list}};
+}
+
+QJsonObject RestoreReport::fileJson(const RestoredFile& f)
+{
+    QJsonObject o{{"path", f.path}, {"size", double(f.size)}, {"outcome", outcomeName(f.outcome)}};
+    if (f.outcome == RestoredFile::NotWritten)
+        o.insert("reason", failureText(f.failure));
+    if (f.outcome == RestoredFile::Damaged) {
+        QJsonArray ranges;
+        for (const BadRange& r : f.badRanges)
+            ranges.append(QJsonObject{{"offset", double(r.offset)}, {"length", double(r.length)}});
+        o.insert("badBytes", double(f.badBytes()));
+        o.insert("badRanges", ranges);
+    }
+    return o;
 }
 
 QString RestoreReport::failureText(RestoreFailure failure)

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QMutex>
 #include <QString>
+#include <functional>
 
 // Why a found file was not written.
 enum class RestoreFailure {
@@ -35,8 +36,9 @@ struct RestoredFile {
 // file that needs a second look, so the caller can say "已恢复 N 个，M 个失败"
 // and list those files. A file written whole gets an entry only while
 // listWhole is on (a full listing, such as the command line's JSON): a
-// million entries with their paths would outweigh the result tree. Filled on
-// the scan thread; read once the restore has finished.
+// million entries with their paths would outweigh the result tree; a
+// listing that wants them all takes them through a sink as they come. Filled
+// on the scan thread; read once the restore has finished.
 class RestoreReport {
 public:
     void add(const RestoredFile& file);
@@ -45,6 +47,11 @@ public:
 
     void setListWhole(bool on);
     bool listsWhole() const;
+    // With a sink, each file written whole goes to it (on the scan thread)
+    // instead of into the entries, whatever listWhole says.
+    using WholeSink = std::function<void(const RestoredFile& file)>;
+    void setWholeSink(WholeSink sink);
+    WholeSink wholeSink() const;
 
     // The entries kept: every damaged or unwritten file, and with listWhole the whole ones.
     QList<RestoredFile> files() const;
@@ -56,6 +63,7 @@ public:
     // One line per damaged or unwritten file, for a terminal or a message box.
     QStringList problemLines() const;
     QJsonObject json() const;
+    static QJsonObject fileJson(const RestoredFile& file);
 
     static QString failureText(RestoreFailure failure);
     // The failure an errno value of the target stands for.
@@ -67,4 +75,5 @@ private:
     quint64 m_counts[3] = {0, 0, 0}; // by RestoredFile::Outcome
     quint64 m_bytesWritten = 0;
     bool m_listWhole = true;
+    WholeSink m_wholeSink;
 };
