@@ -9,6 +9,7 @@ constexpr size_t kNameLength = 8;
 constexpr size_t kExtension = 0x08;
 constexpr size_t kExtensionLength = 3;
 constexpr size_t kAttributes = 0x0B;
+constexpr size_t kCaseFlags = 0x0C;
 constexpr size_t kClusterHigh = 0x14;
 constexpr size_t kWriteTime = 0x16;
 constexpr size_t kWriteDate = 0x18;
@@ -30,6 +31,14 @@ size_t blankPadded(const uchar* text, size_t length)
         ++n;
     return n;
 }
+
+// ASCII capitals to lowercase, the only letters the case flags speak of.
+void lowerAscii(char* text, size_t length)
+{
+    for (size_t i = 0; i < length; ++i)
+        if (text[i] >= 'A' && text[i] <= 'Z')
+            text[i] = char(text[i] - 'A' + 'a');
+}
 } // namespace
 
 Fat32DirEntry Fat32DirEntry::decode(const uchar* entry)
@@ -38,6 +47,7 @@ Fat32DirEntry Fat32DirEntry::decode(const uchar* entry)
     Fat32DirEntry e;
     e.firstByte = r.u8(kName);
     e.attributes = r.u8(kAttributes);
+    e.caseFlags = r.u8(kCaseFlags);
     e.firstCluster = (quint32(r.u16(kClusterHigh)) << 16) | r.u16(kClusterLow);
     e.time = r.u16(kWriteTime);
     e.date = r.u16(kWriteDate);
@@ -52,6 +62,8 @@ QString Fat32DirEntry::shortName() const
     char text[kNameLength + 1 + kExtensionLength];
     const size_t base = blankPadded(name.data() + kName, kNameLength);
     std::copy(name.begin() + kName, name.begin() + kName + base, text);
+    if (caseFlags & kLowerBase)
+        lowerAscii(text, base);
     // The first letter of a deleted entry is gone for good; "_" stands in for it.
     if (isDeleted() && base > 0)
         text[0] = kDeletedLetter;
@@ -59,6 +71,8 @@ QString Fat32DirEntry::shortName() const
     if (const size_t ext = blankPadded(name.data() + kExtension, kExtensionLength); ext > 0) {
         text[length++] = '.';
         std::copy(name.begin() + kExtension, name.begin() + kExtension + ext, text + length);
+        if (caseFlags & kLowerExtension)
+            lowerAscii(text + length, ext);
         length += ext;
     }
     return QString::fromLatin1(text, qsizetype(length));

@@ -10,9 +10,14 @@ struct Fat32DirEntry {
     static constexpr quint8 kDeletedMark = 0xE5;
     static constexpr quint8 kLongNameSlot = 0x0F; // the whole attribute byte
     static constexpr quint8 kDirectoryBit = 0x10;
+    // Bits of byte 0x0C Windows sets for an all-lowercase short name that
+    // needs no long name ("readme.txt"): the name part, the extension.
+    static constexpr quint8 kLowerBase = 0x08;
+    static constexpr quint8 kLowerExtension = 0x10;
 
     quint8 firstByte = 0;
     quint8 attributes = 0;
+    quint8 caseFlags = 0;
     quint32 firstCluster = 0;
     quint16 time = 0;
     quint16 date = 0;
@@ -27,8 +32,9 @@ struct Fat32DirEntry {
     bool isDeleted() const { return firstByte == kDeletedMark; }
     bool isDirectory() const { return attributes & kDirectoryBit; }
     bool isDotEntry() const;
-    // "NAME.EXT" or "NAME", blanks dropped, bytes as they stand; made only
-    // when asked, as most entries of a folder carry a long name.
+    // "NAME.EXT" or "NAME", blanks dropped, bytes as they stand except that
+    // a part the case flags mark is shown in lowercase; made only when
+    // asked, as most entries of a folder carry a long name.
     QString shortName() const;
 
     // The write stamp in ms since 1970 UTC. The stamp has no zone; it is taken

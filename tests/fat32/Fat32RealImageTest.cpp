@@ -35,13 +35,13 @@ TEST(Fat32RealImage, MtoolsDeletionsComeBackWhole)
     };
     const Case cases[] = {
         {"_HORT.TXT", "short", 300},
-        {"_MPTY.DAT", "empty", 0}, // an empty file comes back empty
-        {"DOCS/Annual Report 2021.txt", "report", 5000},
-        {QString::fromUtf8("DOCS/résumé 履历.txt"), "resume", 2600},
-        {"DOCS/_.BIN", "big", 100000},
-        {"_RCHIVE/old letter.txt", "letter", 3000},
-        {"_RCHIVE/_019/photo list.txt", "photos", 800},
-        {"MANY/file number 37.txt", "many37", 100},
+        {"_mpty.dat", "empty", 0}, // an empty file comes back empty
+        {"docs/Annual Report 2021.txt", "report", 5000},
+        {QString::fromUtf8("docs/résumé 履历.txt"), "resume", 2600},
+        {"docs/_.bin", "big", 100000},
+        {"_rchive/old letter.txt", "letter", 3000},
+        {"_rchive/_019/photo list.txt", "photos", 800},
+        {"many/file number 37.txt", "many37", 100},
     };
     QStringList expected;
     for (const Case& c : cases)

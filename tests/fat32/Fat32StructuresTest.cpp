@@ -133,6 +133,29 @@ TEST(Fat32DirEntry, StampsAreTheWallClockAtUtcPlus8)
         EXPECT_EQ(Fat32DirEntry::stampMsecs(c.date, c.time), c.seconds * 1000) << std::hex << c.date;
 }
 
+TEST(Fat32DirEntry, ShortNamesTakeTheCaseFlagsOfTheirParts)
+{
+    struct Case {
+        const char* name11;
+        quint8 first, flags;
+        const char* shown;
+    };
+    const Case cases[] = {
+        {"README  TXT", 'R', 0x00, "README.TXT"},
+        {"README  TXT", 'R', 0x18, "readme.txt"},
+        {"README  TXT", 'R', 0x08, "readme.TXT"},
+        {"README  TXT", 0xE5, 0x10, "_EADME.txt"}, // deleted: the first letter stays lost
+        {"A1_B~2     ", 'A', 0x08, "a1_b~2"},      // only letters change
+    };
+    for (const Case& c : cases) {
+        uchar entry[Fat32DirEntry::kBytes] = {};
+        std::copy(c.name11, c.name11 + 11, entry);
+        entry[0] = c.first;
+        entry[0x0C] = c.flags;
+        EXPECT_EQ(Fat32DirEntry::decode(entry).shortName(), QLatin1String(c.shown)) << c.shown;
+    }
+}
+
 TEST(Fat32LongName, NamesStayWholeUpToTwentySlots)
 {
     // A surrogate pair split across two slots, and a name that fills its slot without a terminator.
