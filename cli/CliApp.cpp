@@ -347,7 +347,6 @@ Failure selectOnly(const QStringList& only, FolderNode* top)
 void restoreListed(ScanSession& session, const QString& targetDir, bool keepBoth, JsonLines* doc)
 {
     RestoreReport& report = session.scanner()->restoreReport;
-    report.setListWhole(false);
     if (doc) {
         doc->openObject(QStringLiteral("restore"));
         doc->openArray(QStringLiteral("files"));

@@ -150,7 +150,6 @@ void DiskScan::run()
         const QList<PartScan*> parts = ResultTree::of(rootFolder) ? ResultTree::of(rootFolder)->parts() : QList<PartScan*>();
         for (PartScan* p : parts) {
             p->keepBoth = keepBoth;
-            p->restoreReport.setListWhole(restoreReport.listsWhole());
             p->restoreReport.setWholeSink(restoreReport.wholeSink());
             p->undelete(restoreDir);
             restoreReport.append(p->restoreReport);

@@ -5,7 +5,6 @@
 
 namespace {
 constexpr int kBitsPerByte = 8;
-constexpr uchar kAllInUse = 0xFF;
 } // namespace
 
 ClusterBitmap::ClusterBitmap(ReadFn read, quint64 clusters, quint64 unitBytes)
@@ -57,26 +56,6 @@ bool ClusterBitmap::inUse(quint64 cluster)
     return cluster >= m_clusters || bitSet(cluster) || isClaimed(cluster);
 }
 
-quint64 ClusterBitmap::nextFree(quint64 from, quint64 limit)
-{
-    if (!isValid())
-        return qMin(from, limit);
-    quint64 c = from;
-    while (c < qMin(limit, m_clusters)) {
-        const quint64 byte = c / kBitsPerByte;
-        const Window& w = windowOf(byte);
-        // A whole byte in use is passed over at once.
-        if (c % kBitsPerByte == 0 && w.bytes[size_t(byte - w.start)] == kAllInUse) {
-            c += kBitsPerByte;
-            continue;
-        }
-        if (!inUse(c))
-            return c;
-        ++c;
-    }
-    return limit;
-}
-
 void ClusterBitmap::claim(quint64 first, quint64 count)
 {
     if (!isValid() || count == 0)
@@ -86,12 +65,6 @@ void ClusterBitmap::claim(quint64 first, quint64 count)
     // both the list and the time spent on it proportional to the claims.
     if (m_claims.size() - m_sorted > qMax<size_t>(m_sorted, 64))
         settle();
-}
-
-const std::vector<ClusterBitmap::Range>& ClusterBitmap::claimed()
-{
-    settle();
-    return m_claims;
 }
 
 void ClusterBitmap::settle()

@@ -18,11 +18,6 @@ public:
     // The walk's own position, and where a found file's end is looked for ahead of it.
     static constexpr int kWindows = 2;
 
-    struct Range {
-        quint64 first = 0;
-        quint64 end = 0; // one past the last cluster
-    };
-
     // No bitmap: every cluster counts as free, none is claimed.
     ClusterBitmap() = default;
     // clusters: how many clusters the bitmap describes. unitBytes: the bitmap
@@ -33,15 +28,15 @@ public:
     quint64 clusters() const { return m_clusters; }
     // Set in the bitmap, or claimed. Clusters behind those described are in use.
     bool inUse(quint64 cluster);
-    // The first cluster in [from, limit) that is not in use; limit when none is.
-    quint64 nextFree(quint64 from, quint64 limit);
 
     // Takes count clusters from first for a found file. Nothing is claimed without a bitmap.
     void claim(quint64 first, quint64 count);
-    // The claimed clusters, sorted and merged.
-    const std::vector<Range>& claimed();
 
 private:
+    struct Range {
+        quint64 first = 0;
+        quint64 end = 0; // one past the last cluster
+    };
     struct Window {
         std::vector<uchar> bytes;
         quint64 start = 0; // bitmap byte offset

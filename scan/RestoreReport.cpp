@@ -12,10 +12,10 @@ void RestoreReport::add(const RestoredFile& file)
         QMutexLocker lock(&m_mutex);
         ++m_counts[file.outcome];
         m_bytesWritten += file.outcome == RestoredFile::NotWritten ? 0 : file.size;
-        if (file.outcome == RestoredFile::Whole && m_wholeSink)
-            sink = m_wholeSink; // called unlocked: it may take its time writing
-        else if (file.outcome != RestoredFile::Whole || m_listWhole)
+        if (file.outcome != RestoredFile::Whole)
             m_files.append(file);
+        else if (m_wholeSink)
+            sink = m_wholeSink; // called unlocked: it may take its time writing
     }
     if (sink)
         sink(file);
@@ -30,9 +30,7 @@ void RestoreReport::append(const RestoreReport& other)
     for (int i = 0; i < 3; ++i)
         m_counts[i] += counts[i];
     m_bytesWritten += bytes;
-    for (const RestoredFile& f : theirs)
-        if (f.outcome != RestoredFile::Whole || m_listWhole)
-            m_files.append(f);
+    m_files += theirs;
 }
 
 void RestoreReport::clear()
@@ -41,18 +39,6 @@ void RestoreReport::clear()
     m_files.clear();
     std::fill(std::begin(m_counts), std::end(m_counts), 0);
     m_bytesWritten = 0;
-}
-
-void RestoreReport::setListWhole(bool on)
-{
-    QMutexLocker lock(&m_mutex);
-    m_listWhole = on;
-}
-
-bool RestoreReport::listsWhole() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_listWhole;
 }
 
 void RestoreReport::setWholeSink(WholeSink sink)

@@ -34,26 +34,23 @@ struct RestoredFile {
 
 // The account of a restore: counts of every outcome, and an entry for each
 // file that needs a second look, so the caller can say "已恢复 N 个，M 个失败"
-// and list those files. A file written whole gets an entry only while
-// listWhole is on (a full listing, such as the command line's JSON): a
-// million entries with their paths would outweigh the result tree; a
-// listing that wants them all takes them through a sink as they come. Filled
-// on the scan thread; read once the restore has finished.
+// and list those files. A file written whole is only counted: a million
+// entries with their paths would outweigh the result tree; a listing that
+// wants them all takes them through a sink as they come. Filled on the scan
+// thread; read once the restore has finished.
 class RestoreReport {
 public:
     void add(const RestoredFile& file);
     void append(const RestoreReport& other);
-    void clear(); // the entries and counts; listWhole stays
+    void clear(); // the entries and counts; the sink stays
 
-    void setListWhole(bool on);
-    bool listsWhole() const;
     // With a sink, each file written whole goes to it (on the scan thread)
-    // instead of into the entries, whatever listWhole says.
+    // as well as into the counts.
     using WholeSink = std::function<void(const RestoredFile& file)>;
     void setWholeSink(WholeSink sink);
     WholeSink wholeSink() const;
 
-    // The entries kept: every damaged or unwritten file, and with listWhole the whole ones.
+    // The entries kept: every damaged or unwritten file.
     QList<RestoredFile> files() const;
     quint64 written() const;  // whole
     quint64 damaged() const;  // written, with zero-filled ranges
@@ -74,6 +71,5 @@ private:
     QList<RestoredFile> m_files;
     quint64 m_counts[3] = {0, 0, 0}; // by RestoredFile::Outcome
     quint64 m_bytesWritten = 0;
-    bool m_listWhole = true;
     WholeSink m_wholeSink;
 };

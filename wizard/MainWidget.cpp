@@ -1033,7 +1033,6 @@ void MainWidget::restoreButtonClicked()
     restoredOnce = true;
     step4Page->startRun(state.driveLetter);
     scanThread->setRestoreDir(dir);
-    scanThread->restoreReport.setListWhole(false); // the closing message names only the problem files
     restoredCount = 0;
     restoredBytes = 0;
     scanThread->start(QThread::InheritPriority);
